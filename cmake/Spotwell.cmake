@@ -1,0 +1,51 @@
+# Compiler settings shared by every target, and the two helpers the folders use.
+
+add_library(spotwell_options INTERFACE)
+target_compile_options(spotwell_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wcast-qual -Wformat=2 -Wundef -Werror)
+target_compile_definitions(spotwell_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH
+  QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+target_include_directories(spotwell_options INTERFACE ${PROJECT_SOURCE_DIR})
+if(SPOTWELL_SANITIZE)
+  add_compile_options(-fsanitize=${SPOTWELL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${SPOTWELL_SANITIZE})
+  if(SPOTWELL_SANITIZE MATCHES "thread")
+    # std::atomic_thread_fence in Qt's headers is not modelled by the sanitizer.
+    target_compile_options(spotwell_options INTERFACE -Wno-tsan)
+  endif()
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+# spotwell_library(NAME SOURCES ... LINK ...): one library per folder.
+function(spotwell_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  foreach(source ${ARG_SOURCES})
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${source})
+      list(APPEND present ${source})
+    endif()
+  endforeach()
+  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/${name}_empty.cpp "")
+  add_library(${name} STATIC ${present} ${CMAKE_CURRENT_BINARY_DIR}/${name}_empty.cpp)
+  target_link_libraries(${name} PUBLIC spotwell_options ${ARG_LINK})
+endfunction()
+
+# spotwell_test(NAME SOURCES ... LINK ...): one GoogleTest program, each of its tests known to CTest.
+function(spotwell_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;ENVIRONMENT" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE spotwell_options ${ARG_LINK} GTest::gtest Threads::Threads)
+  gtest_discover_tests(${name}
+    TEST_PREFIX "${name}."
+    DISCOVERY_MODE PRE_TEST
+    PROPERTIES TIMEOUT ${ARG_TIMEOUT}
+               ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp;${ARG_ENVIRONMENT}")
+endfunction()
