@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/FileViewer.h"
+#include "platform/Log.h"
+#include "platform/NotificationCenter.h"
+#include "platform/ProcessServices.h"
+#include "platform/Queues.h"
+#include "platform/RunningApplications.h"
+#include "platform/ScriptRunner.h"
+#include "platform/SocketStreams.h"
+#include "platform/TextConverter.h"
+#include "platform/Time.h"
+#include "platform/UrlSession.h"
+#include "platform/UserDefaults.h"
+
+namespace spotwell
+{
+
+/// The services the program stands on. Each outlives whoever it is handed to.
+struct Platform {
+    const Clock& clock;
+    MainQueue& mainQueue;
+    SerialQueueMaker makeSerialQueue;
+    UrlSessionMaker makeUrlSession;
+    SocketStreams& sockets;
+    NotificationCenter& notificationCenter;
+    RunningApplications& runningApplications;
+    ScriptRunner& scriptRunner;
+    FileViewer& fileViewer;
+    UserDefaults& userDefaults;
+    const TextConverter& textConverter;
+    ProcessServices& process;
+    Log& log;
+};
+
+} // namespace spotwell

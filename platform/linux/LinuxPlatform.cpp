@@ -1,0 +1,96 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include "platform/linux/BusNotificationCenter.h"
+#include "platform/linux/BusRunningApplications.h"
+#include "platform/linux/BusScriptRunner.h"
+#include "platform/linux/DesktopFileViewer.h"
+#include "platform/linux/Directories.h"
+#include "platform/linux/IcuTextConverter.h"
+#include "platform/linux/LinuxQueues.h"
+#include "platform/linux/PosixProcessServices.h"
+#include "platform/linux/PosixSocketStreams.h"
+#include "platform/linux/QtUrlSession.h"
+#include "platform/linux/SessionBus.h"
+#include "platform/linux/SettingsUserDefaults.h"
+#include "platform/linux/StandardErrorLog.h"
+#include "platform/linux/SystemClock.h"
+#include "platform/linux/TerminationSignals.h"
+
+#include <QDir>
+
+#include <csignal>
+#include <sys/stat.h>
+#include <utility>
+
+namespace spotwell
+{
+
+struct LinuxPlatform::Parts {
+    explicit Parts(const QString& version) : userAgent(QStringLiteral("spotwell/") + version) {}
+
+    const QString userAgent;
+    SystemClock clock;
+    StandardErrorLog log;
+    PosixProcessServices process;
+    QtMainQueue mainQueue;
+    IcuTextConverter textConverter;
+    PosixSocketStreams sockets;
+    // depends-on: log
+    SettingsUserDefaults userDefaults{QStringLiteral("tarnbrooksoftware"), QStringLiteral("spotwell"), log};
+    SessionBus bus{log};
+    // depends-on: bus, log
+    BusNotificationCenter notificationCenter{bus, log};
+    BusRunningApplications runningApplications{bus, log};
+    // depends-on: bus, runningApplications
+    BusScriptRunner scriptRunner{bus, runningApplications, log};
+    DesktopFileViewer fileViewer{bus, log};
+    std::unique_ptr<TerminationSignals> signals;
+};
+
+void LinuxPlatform::prepareProcess()
+{
+    ::umask(077);
+    (void)std::signal(SIGPIPE, SIG_IGN);
+    StandardErrorLog::takeQtMessages();
+}
+
+QString LinuxPlatform::logDirectory()
+{
+    return debugLogDirectory(qEnvironmentVariable("XDG_STATE_HOME"), QDir::homePath());
+}
+
+LinuxPlatform::LinuxPlatform(const QString& version) : parts_(std::make_unique<Parts>(version)) {}
+
+LinuxPlatform::~LinuxPlatform() = default;
+
+Platform LinuxPlatform::services()
+{
+    Parts& p = *parts_;
+    return {p.clock,
+            p.mainQueue,
+            [](const QString& label) { return std::make_unique<ThreadSerialQueue>(label); },
+            [&p](const UrlSessionConfiguration& configuration) {
+                return std::make_unique<QtUrlSession>(configuration, p.userAgent, p.log);
+            },
+            p.sockets,
+            p.notificationCenter,
+            p.runningApplications,
+            p.scriptRunner,
+            p.fileViewer,
+            p.userDefaults,
+            p.textConverter,
+            p.process,
+            p.log};
+}
+
+void LinuxPlatform::onTermination(std::function<void()> requested)
+{
+    parts_->signals = std::make_unique<TerminationSignals>(std::move(requested));
+}
+
+void LinuxPlatform::prepareToEnd()
+{
+    parts_->scriptRunner.cancel();
+}
+
+} // namespace spotwell

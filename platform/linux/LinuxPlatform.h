@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <functional>
+#include <memory>
+
+namespace spotwell
+{
+
+/// All of the platform's services as Linux has them. Made on the main thread, after the application object.
+class LinuxPlatform
+{
+public:
+    /// What has to be so before anything else happens in the process: new files are the user's alone, a peer
+    /// that has gone is an error and no signal, and the toolkit's messages go to the log.
+    static void prepareProcess();
+    /// Where the diagnostics logs of this user go.
+    [[nodiscard]] static QString logDirectory();
+
+    /// `version` is the program's own, as web services are told.
+    explicit LinuxPlatform(const QString& version);
+    ~LinuxPlatform();
+    LinuxPlatform(const LinuxPlatform&) = delete;
+    LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+
+    [[nodiscard]] Platform services();
+    /// `requested` runs on the main thread when the system asks the process to end.
+    void onTermination(std::function<void()> requested);
+    /// Lets go of whatever waits for another program, so that the process can end at once.
+    void prepareToEnd();
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> parts_;
+};
+
+} // namespace spotwell

@@ -1,0 +1,131 @@
+#include "platform/linux/LinuxQueues.h"
+
+#include <QCoreApplication>
+#include <QThread>
+#include <QTimer>
+
+#include <pthread.h>
+#include <utility>
+
+namespace spotwell
+{
+
+namespace
+{
+
+std::chrono::milliseconds wholeMilliseconds(Seconds span)
+{
+    return std::chrono::ceil<std::chrono::milliseconds>(span);
+}
+
+// The kernel keeps 15 characters of a thread's name; a label's end tells the queues apart.
+QByteArray threadName(const QString& label)
+{
+    return label.right(15).toLatin1();
+}
+
+} // namespace
+
+void QtMainQueue::async(Task task)
+{
+    {
+        const std::lock_guard guard(mutex_);
+        tasks_.push_back(std::move(task));
+        if (std::exchange(posted_, true))
+            return;
+    }
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+void QtMainQueue::after(Seconds delay, Task task)
+{
+    if (!isMainThread()) {
+        async([this, delay, task = std::move(task)]() mutable { after(delay, std::move(task)); });
+        return;
+    }
+    QTimer::singleShot(wholeMilliseconds(delay), Qt::PreciseTimer, this, std::move(task));
+}
+
+void QtMainQueue::every(Seconds interval, Task task)
+{
+    auto* timer = new QTimer(this);
+    QObject::connect(timer, &QTimer::timeout, this, std::move(task));
+    timer->start(wholeMilliseconds(interval));
+}
+
+bool QtMainQueue::isMainThread() const
+{
+    return QThread::currentThread() == thread();
+}
+
+bool QtMainQueue::event(QEvent* event)
+{
+    if (event->type() != QEvent::User)
+        return QObject::event(event);
+    // Only what waits now, so that other events get their turn; one by one, so that the order also holds
+    // where a task runs an event loop of its own.
+    std::unique_lock guard(mutex_);
+    posted_ = false;
+    for (std::size_t left = tasks_.size(); left > 0 && !tasks_.empty(); --left) {
+        Task task = std::move(tasks_.front());
+        tasks_.pop_front();
+        guard.unlock();
+        task();
+        task = nullptr;
+        guard.lock();
+    }
+    return true;
+}
+
+ThreadSerialQueue::ThreadSerialQueue(QString label) : label_(std::move(label)) {}
+
+ThreadSerialQueue::~ThreadSerialQueue()
+{
+    {
+        const std::lock_guard guard(mutex_);
+        ending_ = true;
+    }
+    changed_.notify_all();
+    if (thread_.joinable())
+        thread_.join();
+}
+
+void ThreadSerialQueue::async(Task task)
+{
+    {
+        const std::lock_guard guard(mutex_);
+        if (ending_)
+            return;
+        tasks_.push_back(std::move(task));
+        if (!thread_.joinable())
+            thread_ = std::thread([this] { run(); });
+    }
+    changed_.notify_all();
+}
+
+bool ThreadSerialQueue::pause(Seconds duration)
+{
+    const auto until =
+        std::chrono::steady_clock::now() + std::chrono::ceil<std::chrono::steady_clock::duration>(duration);
+    std::unique_lock guard(mutex_);
+    return !changed_.wait_until(guard, until, [this] { return ending_; });
+}
+
+void ThreadSerialQueue::run()
+{
+    ::pthread_setname_np(::pthread_self(), threadName(label_).constData());
+    std::unique_lock guard(mutex_);
+    while (true) {
+        changed_.wait(guard, [this] { return ending_ || !tasks_.empty(); });
+        if (ending_)
+            return;
+        Task task = std::move(tasks_.front());
+        tasks_.pop_front();
+        guard.unlock();
+        task();
+        task = nullptr;
+        guard.lock();
+    }
+}
+
+} // namespace spotwell

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Log.h"
+#include "platform/Time.h"
+
+#include <QByteArray>
+
+namespace spotwell
+{
+
+/// Who writes an entry.
+struct LogOrigin {
+    QByteArray process;
+    int processId = 0;
+    int threadId = 0;
+};
+
+/// One entry as it stands in the log, its line feed included: local date and time with the offset from UTC,
+/// process, process and thread numbers, text.
+///
+/// An entry begins in the first column and its further lines with a tab, so no text can pass for another
+/// entry. Control characters, line separators and characters that reorder a line are written as escapes. A
+/// text of more than 32,768 characters is cut, with a note of how many are missing.
+[[nodiscard]] QByteArray logEntry(const QString& text, TimePoint time, const LogOrigin& origin);
+
+/// The diagnostics log on the process's standard error stream, wherever that leads at the moment of the call.
+class StandardErrorLog final : public Log
+{
+public:
+    void line(const QString& text) override;
+    /// Sends Qt's own messages of the whole process to this same log, in the same form.
+    static void takeQtMessages();
+};
+
+} // namespace spotwell

@@ -1,0 +1,71 @@
+#include "platform/linux/TerminationSignals.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+namespace spotwell
+{
+
+namespace
+{
+
+constexpr std::array<int, 3> terminationSignals{SIGTERM, SIGINT, SIGHUP};
+
+// A signal handler reaches nothing but the process itself: the two ends of its pipe.
+std::atomic<int> writeEnd = -1;
+int readEnd = -1;
+
+void handleSignal(int)
+{
+    const int error = errno;
+    const char byte = 0;
+    (void)!::write(writeEnd.load(), &byte, 1);
+    errno = error;
+}
+
+void setHandler(void (*handler)(int))
+{
+    struct sigaction action {
+    };
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    for (const int signal : terminationSignals)
+        ::sigaction(signal, &action, nullptr);
+}
+
+} // namespace
+
+TerminationSignals::TerminationSignals(std::function<void()> requested) : requested_(std::move(requested))
+{
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    readEnd = ends[0];
+    writeEnd = ends[1];
+    notifier_ = std::make_unique<QSocketNotifier>(readEnd, QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] {
+        char byte = 0;
+        while (::read(readEnd, &byte, 1) == 1) {
+        }
+        requested_();
+    });
+    setHandler(handleSignal);
+}
+
+TerminationSignals::~TerminationSignals()
+{
+    if (!notifier_)
+        return;
+    setHandler(SIG_DFL);
+    notifier_.reset();
+    ::close(writeEnd.exchange(-1));
+    ::close(std::exchange(readEnd, -1));
+}
+
+} // namespace spotwell
