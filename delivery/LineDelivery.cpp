@@ -1,0 +1,58 @@
+#include "delivery/LineDelivery.h"
+
+#include "util/StringAdditions.h"
+
+#include <utility>
+
+namespace spotwell
+{
+
+QString processSpotScript(const QString& line)
+{
+    const QString escaped = replaceCharactersInSet(line, u"\\'\"", QStringLiteral("."));
+    return QStringLiteral("Tell application \"Logwright\"\nprocessSpot \"") + escaped +
+           QStringLiteral("\"\nend tell\n");
+}
+
+LineDelivery::LineDelivery(LoggerPresence& presence, NotificationCenter& notificationCenter,
+                           ScriptRunner& scriptRunner, MainQueue& mainQueue, Log& log,
+                           LineDeliveryDisplay display)
+    : presence_(presence),
+      notificationCenter_(notificationCenter),
+      scriptRunner_(scriptRunner),
+      mainQueue_(mainQueue),
+      log_(log),
+      display_(std::move(display))
+{
+}
+
+void LineDelivery::sendSpotLineToLogwright(const QString& line, const QString& source)
+{
+    if (line.isEmpty())
+        return;
+    double version = 0;
+    const bool running = presence_.appIsRunning(loggerName(), false, &version);
+    if (!running)
+        log_.line(QStringLiteral("Logwright is not running"));
+    mainQueue_.async([this, running] { display_.setLogwrightRunning(running); });
+    if (!running)
+        return;
+    if (version >= LogwrightVersionThreshold)
+        notificationCenter_.post(QStringLiteral("com.tarnbrooksoftware.spotwell_line"),
+                                 QStringLiteral("string object"),
+                                 {{QStringLiteral("line"), line}, {QStringLiteral("source"), source}});
+    else
+        runScript(line);
+}
+
+void LineDelivery::runScript(const QString& line)
+{
+    const std::optional<QString> error = scriptRunner_.run(processSpotScript(line));
+    if (!error)
+        return;
+    const QString text = QStringLiteral("AppleScript Error:") + *error;
+    log_.line(text);
+    mainQueue_.async([this, text] { display_.appendText(text); });
+}
+
+} // namespace spotwell

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "delivery/LoggerPresence.h"
+#include "platform/Log.h"
+#include "platform/NotificationCenter.h"
+#include "platform/Queues.h"
+#include "platform/ScriptRunner.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace spotwell
+{
+
+/// The lowest logger version that receives lines by notification.
+inline constexpr double LogwrightVersionThreshold = 6.45;
+
+/// The script that asks an older logger to take `line`: each backslash, apostrophe and double quote of the
+/// line becomes one full stop.
+[[nodiscard]] QString processSpotScript(const QString& line);
+
+/// What the line delivery shows of its work. Called on the main thread.
+struct LineDeliveryDisplay {
+    /// Shows whether the logger runs.
+    std::function<void(bool)> setLogwrightRunning;
+    /// Appends to the console.
+    std::function<void(const QString&)> appendText;
+};
+
+/// Hands cluster spot lines, whole, to the logger.
+class LineDelivery
+{
+public:
+    LineDelivery(LoggerPresence& presence, NotificationCenter& notificationCenter, ScriptRunner& scriptRunner,
+                 MainQueue& mainQueue, Log& log, LineDeliveryDisplay display);
+
+    /// Delivers one line heard from the node `source`: by notification, by script to an older logger, or not
+    /// at all where no logger runs. A script is waited for on the calling thread, which must not be the main
+    /// one.
+    void sendSpotLineToLogwright(const QString& line, const QString& source);
+
+private:
+    void runScript(const QString& line);
+
+    LoggerPresence& presence_;
+    NotificationCenter& notificationCenter_;
+    ScriptRunner& scriptRunner_;
+    MainQueue& mainQueue_;
+    Log& log_;
+    LineDeliveryDisplay display_;
+};
+
+} // namespace spotwell
