@@ -1,0 +1,298 @@
+#include "app/AppDelegate.h"
+
+#include "app/Appearance.h"
+#include "app/BuiltInTests.h"
+#include "app/Settings.h"
+
+#include <QAbstractButton>
+
+#include <utility>
+
+namespace spotwell
+{
+
+namespace
+{
+
+constexpr Seconds statusInterval{5.0};
+constexpr Seconds tickInterval{1.0};
+
+UrlSessionConfiguration mediumTimeoutConfiguration()
+{
+    UrlSessionConfiguration configuration;
+    configuration.requestCachePolicy = UrlSessionConfiguration::CachePolicy::reloadIgnoringLocalCacheData;
+    configuration.timeoutIntervalForRequest = Seconds{30.0};
+    configuration.timeoutIntervalForResource = Seconds{45.0};
+    return configuration;
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(Platform platform, MainWindow& mainWindow, QString logDirectory,
+                         const QString& version)
+    : platform_(std::move(platform)),
+      window(mainWindow),
+      logDirectory_(std::move(logDirectory)),
+      statusLine_(*mainWindow.statusLine, platform_.mainQueue),
+      diagnostics_(platform_.log, platform_.clock, platform_.mainQueue, platform_.process, version),
+      presence_(platform_.runningApplications, platform_.log),
+      spotNotification_([this](const QString& text) { appendText(text); }, platform_.notificationCenter),
+      lineDelivery_(presence_, platform_.notificationCenter, platform_.scriptRunner, platform_.mainQueue,
+                    platform_.log,
+                    {[this](bool running) { setLogwrightRunning(running); },
+                     [this](const QString& text) { appendText(text); }}),
+      lineBacklog_(platform_.log,
+                   [this](const QString& line, const QString& node) {
+                       lineDelivery_.sendSpotLineToLogwright(line, node);
+                   }),
+      clusterSession_(*this, platform_.sockets, platform_.mainQueue, platform_.clock, platform_.textConverter,
+                      platform_.log)
+{
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    setTb_medium_timeout_session(platform_.makeUrlSession(mediumTimeoutConfiguration()));
+    diagnostics_.setDebugPath(logDirectory_);
+    diagnostics_.createDebugDirectory();
+    diagnostics_.redirectConsoleLogToDocumentFolder();
+    platform_.log.line(
+        QStringLiteral("applicationDidFinishLaunching:%1").arg(diagnostics_.displayLongVersionString()));
+    _dxsummit_objects.clear();
+    _pota_objects.clear();
+    _wsprnet_objects.clear();
+    greenBulb = QIcon(QStringLiteral(":/images/green_ball.svg"));
+    greyBulb = QIcon(QStringLiteral(":/images/gray_ball.svg"));
+    createQueues();
+    wireControls();
+    readSettingsIntoControls();
+    darkWindows(window.darkCheckBox->isChecked());
+    _lastWsprnetTime = distantPast;
+    _lastDxsummitTime = distantPast;
+    _lastPotaTime = distantPast;
+    _lastKeepAliveMessageTime = distantPast;
+    double version = 0;
+    (void)presence_.appIsRunning(loggerName(), true, &version);
+    scheduleTimers();
+    connectAtLaunch();
+}
+
+void AppDelegate::createQueues()
+{
+    const auto make = [this](const char* role) {
+        return platform_.makeSerialQueue(QStringLiteral("com.tarnbrooksoftware.spotwell_") +
+                                         QLatin1String(role));
+    };
+    spotwell_queue = make("queue");
+    spotwell_buffer_queue = make("telnet_buffer_queue");
+    wsprnet_background_queue = make("wsprnet_background_queue");
+    dxsummit_background_queue = make("dxsummit_background_queue");
+    pota_background_queue = make("pota_background_queue");
+}
+
+void AppDelegate::wireControls()
+{
+    const auto onClick = [this](const QAbstractButton* button, void (AppDelegate::*action)()) {
+        QObject::connect(button, &QAbstractButton::clicked, &window, [this, action] { (this->*action)(); });
+    };
+    onClick(window.connected, &AppDelegate::connectedPressed);
+    onClick(window.wsprnetCheckBox, &AppDelegate::wsprnetPressed);
+    onClick(window.dxsummitCheckBox, &AppDelegate::dxsummitPressed);
+    onClick(window.potaCheckBox, &AppDelegate::potaPressed);
+    onClick(window.skimmersCheckBox, &AppDelegate::skimmersPressed);
+    onClick(window.dxsExclusiveCheckBox, &AppDelegate::dxsExclusivePressed);
+    onClick(window.darkCheckBox, &AppDelegate::darkCheckBoxChanged);
+    onClick(window.showDebugLogButton, &AppDelegate::showDebugLogFolder);
+    QObject::connect(window.password, &QLineEdit::textChanged, &window,
+                     [this](const QString& text) { passwordIsEmpty_ = text.isEmpty(); });
+}
+
+void AppDelegate::readSettingsIntoControls()
+{
+    const Settings settings = readSettings(platform_.userDefaults);
+    window.dxcluster->setText(settings.dxcluster.value_or(QString()));
+    window.password->setText(settings.password.value_or(QString()));
+    window.port->setText(settings.port.value_or(QString()));
+    window.callsign->setText(settings.callsign.value_or(QString()));
+    window.reconnectCheckBox->setChecked(settings.reconnect);
+    window.wsprnetCheckBox->setChecked(settings.wsprnet);
+    window.dxsummitCheckBox->setChecked(settings.dxsummit);
+    window.potaCheckBox->setChecked(settings.pota);
+    window.skimmersCheckBox->setChecked(settings.skimmers);
+    window.dxsExclusiveCheckBox->setChecked(settings.dxsexclusive);
+    window.dxsExclusiveCheckBox->setEnabled(settings.dxsummit);
+    window.skimmersCheckBox->setEnabled(settings.pota);
+    window.darkCheckBox->setChecked(settings.dark);
+}
+
+void AppDelegate::scheduleTimers()
+{
+    MainQueue& queue = platform_.mainQueue;
+    queue.every(statusInterval, [this] { lgwtStatusTimer(); });
+    queue.every(tickInterval, [this] { loginTimeoutTimer(); });
+    queue.every(tickInterval, [this] { reconnectTimer(); });
+    queue.every(tickInterval, [this] { wsprnetTimer(); });
+    queue.every(tickInterval, [this] { dxsummitTimer(); });
+    queue.every(tickInterval, [this] { potaTimer(); });
+}
+
+void AppDelegate::connectAtLaunch()
+{
+    if (!reconnectIsOn()) {
+        appendText(QStringLiteral("Auto Connect is disabled"));
+    } else if (!dxclusterText().isEmpty() && !callsignText().isEmpty()) {
+        setConnected(true);
+        clusterSession_.openTelnetConnection();
+    }
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    prefsChanged();
+    clusterSession_.closeTelnetConnection();
+}
+
+void AppDelegate::prefsChanged()
+{
+    Settings settings;
+    settings.dxcluster = dxclusterText();
+    settings.password = passwordText();
+    settings.port = portText();
+    settings.callsign = callsignText();
+    settings.reconnect = reconnectIsOn();
+    settings.wsprnet = window.wsprnetCheckBox->isChecked();
+    settings.dxsummit = window.dxsummitCheckBox->isChecked();
+    settings.pota = window.potaCheckBox->isChecked();
+    settings.skimmers = window.skimmersCheckBox->isChecked();
+    settings.dxsexclusive = window.dxsExclusiveCheckBox->isChecked();
+    settings.dark = window.darkCheckBox->isChecked();
+    writeSettings(platform_.userDefaults, settings);
+}
+
+void AppDelegate::darkWindows(bool dark)
+{
+    window.setAppearance(desiredAppearanceObject(dark));
+}
+
+void AppDelegate::appendText(const QString& text, ConsoleView* textView)
+{
+    if (textView)
+        textView->appendText(text);
+}
+
+void AppDelegate::connectedPressed()
+{
+    const bool on = window.connected->isChecked();
+    platform_.log.line(QStringLiteral("connectedPressed:[%1]").arg(on ? 1 : 0));
+    if (on)
+        clusterSession_.openTelnetConnection();
+    else
+        clusterSession_.closeTelnetConnection();
+}
+
+void AppDelegate::wsprnetPressed()
+{
+    prefsChanged();
+}
+
+void AppDelegate::dxsummitPressed()
+{
+    window.dxsExclusiveCheckBox->setEnabled(window.dxsummitCheckBox->isChecked());
+    prefsChanged();
+}
+
+void AppDelegate::potaPressed()
+{
+    window.skimmersCheckBox->setEnabled(window.potaCheckBox->isChecked());
+    prefsChanged();
+}
+
+void AppDelegate::skimmersPressed()
+{
+    prefsChanged();
+}
+
+void AppDelegate::dxsExclusivePressed()
+{
+    prefsChanged();
+}
+
+void AppDelegate::darkCheckBoxChanged()
+{
+    darkWindows(window.darkCheckBox->isChecked());
+    prefsChanged();
+}
+
+void AppDelegate::showDebugLogFolder()
+{
+    platform_.fileViewer.selectFile(diagnostics_.debugLogFilePath(), diagnostics_.debugPath());
+}
+
+void AppDelegate::testSendSpotLine()
+{
+    lineDelivery_.sendSpotLineToLogwright(builtInTestLine(platform_.textConverter, platform_.log),
+                                          clusterSession_.telnetHostName());
+}
+
+void AppDelegate::testSendSpot()
+{
+    spotNotification_.sendSpotCall(builtInTestSpot(platform_.clock.now()));
+}
+
+void AppDelegate::setTb_medium_timeout_session(std::unique_ptr<UrlSession> session)
+{
+    _tb_medium_timeout_session = std::move(session);
+}
+
+void AppDelegate::lgwtStatusTimer()
+{
+    double version = 0;
+    setLogwrightRunning(presence_.appIsRunning(loggerName(), false, &version));
+}
+
+void AppDelegate::setLogwrightRunning(bool running)
+{
+    window.lgwtRunningButton->setIcon(running ? greenBulb : greyBulb);
+}
+
+QString AppDelegate::dxclusterText() const
+{
+    return window.dxcluster->text();
+}
+
+QString AppDelegate::portText() const
+{
+    return window.port->text();
+}
+
+QString AppDelegate::callsignText() const
+{
+    return window.callsign->text();
+}
+
+QString AppDelegate::passwordText() const
+{
+    return window.password->text();
+}
+
+bool AppDelegate::reconnectIsOn() const
+{
+    return window.reconnectCheckBox->isChecked();
+}
+
+void AppDelegate::setReconnect(bool on)
+{
+    window.reconnectCheckBox->setChecked(on);
+}
+
+void AppDelegate::setConnected(bool on)
+{
+    window.connected->setChecked(on);
+}
+
+void AppDelegate::takeSpotLine(const QString& line, const QString& node)
+{
+    lineBacklog_.add(*spotwell_queue, line, node);
+}
+
+} // namespace spotwell

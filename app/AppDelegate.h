@@ -1,0 +1,134 @@
+#pragma once
+
+#include "app/DiagnosticsLog.h"
+#include "app/MainWindow.h"
+#include "cluster/ClusterHost.h"
+#include "cluster/ClusterSession.h"
+#include "delivery/LineBacklog.h"
+#include "delivery/LineDelivery.h"
+#include "delivery/LoggerPresence.h"
+#include "delivery/SpotNotification.h"
+#include "platform/Platform.h"
+#include "util/ConsoleView.h"
+
+#include <QIcon>
+#include <QSet>
+
+#include <atomic>
+#include <memory>
+
+namespace spotwell
+{
+
+/// The one controller: owns the program's state for the life of the process and routes between the window,
+/// the subsystems and the platform. Main thread, unless it says otherwise.
+class AppDelegate final : private ClusterHost
+{
+public:
+    /// `version` is the program's own; the log file of each run goes to `logDirectory`.
+    AppDelegate(Platform platform, MainWindow& window, QString logDirectory, const QString& version);
+
+    /// Start-up: everything the program does by itself begins here. Once.
+    void applicationDidFinishLaunching();
+    /// Saves the settings and closes the cluster connection. Once, when the process is about to end.
+    void applicationWillTerminate();
+
+    /// Writes all eleven settings from the controls.
+    void prefsChanged();
+    /// Gives the window its dark or its light appearance.
+    void darkWindows(bool dark);
+    /// Appends an entry to `textView`; null for none.
+    void appendText(const QString& text, ConsoleView* textView);
+
+    // The controls' actions.
+    void connectedPressed();
+    void wsprnetPressed();
+    void dxsummitPressed();
+    void potaPressed();
+    void skimmersPressed();
+    void dxsExclusivePressed();
+    void darkCheckBoxChanged();
+    void showDebugLogFolder();
+
+    /// Sends the built-in test line to the logger. On the calling thread; not the main one where an older
+    /// logger, which takes scripts, may be slow.
+    void testSendSpotLine();
+    /// Shows and posts the built-in test spot.
+    void testSendSpot();
+
+    /// The session that every web poller uses; null before start-up.
+    [[nodiscard]] UrlSession* tb_medium_timeout_session() const { return _tb_medium_timeout_session.get(); }
+    void setTb_medium_timeout_session(std::unique_ptr<UrlSession> session);
+
+    /// The console, for whoever looks at the whole program.
+    [[nodiscard]] const ConsoleView& console() const { return statusLine_; }
+
+private:
+    void wireControls();
+    void readSettingsIntoControls();
+    void createQueues();
+    void scheduleTimers();
+    void connectAtLaunch();
+    void setLogwrightRunning(bool running);
+
+    void lgwtStatusTimer();
+    // What these watch over and poll comes with the supervision and the web feeds.
+    void loginTimeoutTimer() {}
+    void reconnectTimer() {}
+    void wsprnetTimer() {}
+    void dxsummitTimer() {}
+    void potaTimer() {}
+
+    [[nodiscard]] QString dxclusterText() const override;
+    [[nodiscard]] QString portText() const override;
+    [[nodiscard]] QString callsignText() const override;
+    [[nodiscard]] QString passwordText() const override;
+    [[nodiscard]] bool passwordIsEmpty() const override { return passwordIsEmpty_; }
+    [[nodiscard]] bool reconnectIsOn() const override;
+    void setReconnect(bool on) override;
+    void setConnected(bool on) override;
+    void appendText(const QString& text) override { appendText(text, &statusLine_); }
+    void threadCheckWarning() const override { diagnostics_.threadCheckWarning(); }
+    [[nodiscard]] SerialQueue& bufferQueue() override { return *spotwell_buffer_queue; }
+    void takeSpotLine(const QString& line, const QString& node) override;
+
+    Platform platform_;
+    MainWindow& window;
+    const QString logDirectory_;
+    // depends-on: window, the main queue
+    ConsoleView statusLine_;
+    QIcon greenBulb;
+    QIcon greyBulb;
+    // depends-on: the log, the clock, the main queue
+    DiagnosticsLog diagnostics_;
+    // What the buffer queue may know of the password field.
+    std::atomic<bool> passwordIsEmpty_ = true;
+    // depends-on: the running applications, the log
+    LoggerPresence presence_;
+    // depends-on: statusLine_, the notification center
+    SpotNotification spotNotification_;
+    // depends-on: presence_, statusLine_, window, the notification center, the script runner
+    LineDelivery lineDelivery_;
+    // depends-on: lineDelivery_
+    LineBacklog lineBacklog_;
+    // depends-on: this object as its host, the sockets, the main queue
+    ClusterSession clusterSession_;
+
+    TimePoint _lastKeepAliveMessageTime = distantPast;
+    TimePoint _lastWsprnetTime = distantPast;
+    TimePoint _lastDxsummitTime = distantPast;
+    TimePoint _lastPotaTime = distantPast;
+    QSet<qint64> _dxsummit_objects;
+    QSet<qint64> _pota_objects;
+    QSet<QString> _wsprnet_objects;
+
+    // depends-on: all of the above; ending one drops its work and waits for the piece in hand
+    std::unique_ptr<UrlSession> _tb_medium_timeout_session;
+    std::unique_ptr<SerialQueue> spotwell_queue;
+    std::unique_ptr<SerialQueue> spotwell_buffer_queue;
+    std::unique_ptr<SerialQueue> wsprnet_background_queue;
+    std::unique_ptr<SerialQueue> dxsummit_background_queue;
+    std::unique_ptr<SerialQueue> pota_background_queue;
+};
+
+} // namespace spotwell

@@ -1,0 +1,34 @@
+#include "app/AppDelegate.h"
+#include "app/MainWindow.h"
+#include "platform/linux/LinuxPlatform.h"
+
+#include <QApplication>
+#include <QStyleFactory>
+
+// Everything with a life of its own hangs off here: the toolkit, the platform's services, and the one
+// delegate.
+int main(int argc, char** argv)
+{
+    using namespace spotwell;
+
+    LinuxPlatform::prepareProcess();
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("spotwell"));
+    QApplication::setApplicationVersion(QStringLiteral(SPOTWELL_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("com.tarnbrooksoftware.spotwell"));
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+
+    LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION));
+    MainWindow window;
+    AppDelegate delegate(platform.services(), window, LinuxPlatform::logDirectory(),
+                         QStringLiteral(SPOTWELL_VERSION));
+    platform.onTermination([] { QApplication::quit(); });
+    QObject::connect(&application, &QApplication::aboutToQuit, &window, [&] {
+        delegate.applicationWillTerminate();
+        platform.prepareToEnd();
+    });
+
+    delegate.applicationDidFinishLaunching();
+    window.show();
+    return QApplication::exec();
+}
