@@ -1,0 +1,90 @@
+#pragma once
+
+#include "platform/linux/SessionBus.h"
+#include "platform/linux/WakeUp.h"
+
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace spotwell
+{
+
+/// Releases what sd-bus hands out.
+struct BusRelease {
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+/// A question whose answer is still wanted; letting go of it forgets the question.
+using BusSlot = std::unique_ptr<sd_bus_slot, BusRelease>;
+using BusMessage = std::unique_ptr<sd_bus_message, BusRelease>;
+
+/// How a method call ended.
+struct BusReply {
+    enum class End { answered, failed, late, lost, woken };
+    End end = End::late;
+    /// With `failed`: what went wrong, at most 500 characters.
+    QString error;
+    /// The D-Bus error's name; empty when there was no answer.
+    QString errorName;
+};
+
+/// The text of an error answer, or the error's name when it has none; at most 500 characters.
+[[nodiscard]] QString busErrorText(sd_bus_message* message);
+
+/// One private connection to the session bus that never blocks longer than its user allows, even when the bus
+/// hangs: sd-bus's own blocking calls (sd_bus_call() and whatever waits for the connection to be accepted)
+/// are not used.
+///
+/// To be used by one thread at a time. Messages that others send without being asked are taken in and
+/// dropped.
+class BusConnection
+{
+public:
+    using Clock = std::chrono::steady_clock;
+    using Deadline = Clock::time_point;
+
+    /// `description` names the connection in the bus's own tools.
+    BusConnection(SessionBus& bus, std::string description);
+
+    /// Takes in what has arrived, then makes sure that there is a connection: begins one when there is none,
+    /// at most once a second. False when there is none now. Does not wait.
+    bool open();
+    void close() { bus_.reset(); }
+    /// The connection, for sending; null when there is none.
+    [[nodiscard]] sd_bus* get() const { return bus_.get(); }
+    /// Counts the connections begun so far: what was learnt on an earlier one may no longer hold.
+    [[nodiscard]] unsigned generation() const { return generation_; }
+    /// Whether the bus has accepted the connection and everything sent so far has left.
+    [[nodiscard]] bool isDrained() const;
+    /// Takes in what has arrived, without waiting. False when there is no connection (any more).
+    bool process();
+    /// Waits until there is something to process, `wakeUp` (which may be null) is awake, or `deadline`.
+    void wait(Deadline deadline, const WakeUp* wakeUp);
+    /// Processes and waits until `done()`, and returns true then; false at the deadline, when the connection
+    /// is lost and when `wakeUp` is awake.
+    bool pump(Deadline deadline, const std::function<bool()>& done, const WakeUp* wakeUp = nullptr);
+    /// Sends the method call `message` and waits for its answer. A null message counts as one that cannot be
+    /// sent. There must be a connection.
+    BusReply call(sd_bus_message* message, Deadline deadline, const WakeUp* wakeUp);
+
+private:
+    enum class Step { nothing, progress, lost };
+
+    Step step();
+    void noteAccepted();
+
+    SessionBus& sessionBus_;
+    const std::string description_;
+    std::unique_ptr<sd_bus, BusRelease> bus_;
+    std::optional<sd_id128_t> busId_;
+    std::optional<Deadline> lastAttempt_;
+    unsigned generation_ = 0;
+};
+
+} // namespace spotwell
