@@ -1,0 +1,157 @@
+#include "tools/spotwell-simulator/Options.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace spotwell::simulator
+{
+namespace
+{
+
+const QString ending = QStringLiteral(".scenario");
+
+/// The arguments, read from the left; "--name=value" counts as "--name" and "value".
+class Arguments
+{
+public:
+    explicit Arguments(const QStringList& arguments) : arguments_(arguments) {}
+
+    [[nodiscard]] bool atEnd() const { return arguments_.isEmpty(); }
+
+    QString next()
+    {
+        value_ = QString{};
+        QString argument = arguments_.takeFirst();
+        const qsizetype equals = argument.indexOf(u'=');
+        if (argument.startsWith(QStringLiteral("--")) && equals > 0) {
+            value_ = argument.mid(equals + 1);
+            argument.truncate(equals);
+        }
+        return argument;
+    }
+
+    [[nodiscard]] bool hasAttachedValue() const { return !value_.isNull(); }
+    /// The value of the option that next() gave; null when there is none.
+    QString value()
+    {
+        if (value_.isNull() && !atEnd())
+            value_ = arguments_.takeFirst();
+        return value_;
+    }
+
+private:
+    QStringList arguments_;
+    QString value_;
+};
+
+void readValue(Options& options, const QString& name, const QString& value)
+{
+    bool valid = !value.isNull();
+    if (name == u"--port") {
+        options.port = value.toUShort(&valid);
+        if (!valid)
+            options.error = QStringLiteral("--port needs a number from 0 to 65535");
+    } else if (name == u"--timeout") {
+        const double seconds = value.toDouble(&valid);
+        if (!valid || !(seconds > 0.0) || seconds > 1e6)
+            options.error = QStringLiteral("--timeout needs a number of seconds");
+        else
+            options.timeout = Seconds{seconds};
+    } else {
+        const qsizetype equals = value.indexOf(u'=');
+        if (equals < 1)
+            options.error = QStringLiteral("--set needs NAME=VALUE");
+        else
+            options.variables.insert(value.left(equals), value.mid(equals + 1));
+    }
+}
+
+QString firstComment(const QString& path)
+{
+    QFile file{path};
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QString line = QString::fromUtf8(file.readLine(1024)).trimmed();
+    return line.startsWith(u'#') ? line.mid(1).trimmed() : QString{};
+}
+
+} // namespace
+
+Options parseOptions(const QStringList& list)
+{
+    Options options;
+    Arguments arguments{list};
+    bool onlyScenarios = false;
+    while (!arguments.atEnd() && options.error.isNull()) {
+        if (onlyScenarios) {
+            options.scenarios.append(arguments.next());
+            continue;
+        }
+        const QString argument = arguments.next();
+        bool* flag = argument == u"--once"      ? &options.once
+                     : argument == u"--list"    ? &options.list
+                     : argument == u"--help"    ? &options.help
+                     : argument == u"--version" ? &options.version
+                                                : nullptr;
+        if (flag && arguments.hasAttachedValue())
+            options.error = QStringLiteral("%1 takes no value").arg(argument);
+        else if (flag)
+            *flag = true;
+        else if (argument == u"--port" || argument == u"--timeout" || argument == u"--set")
+            readValue(options, argument, arguments.value());
+        else if (argument == u"--")
+            onlyScenarios = true;
+        else if (argument.startsWith(u'-'))
+            options.error = QStringLiteral("unknown option \"%1\"").arg(argument);
+        else
+            options.scenarios.append(argument);
+    }
+    if (!options.error.isNull() || options.help || options.version || options.list)
+        return options;
+    if (options.scenarios.isEmpty())
+        options.error = QStringLiteral("no scenario was given");
+    else if (options.port != 0 && options.scenarios.size() > 1)
+        options.error = QStringLiteral("--port goes with one scenario only");
+    return options;
+}
+
+QString helpText()
+{
+    return QStringLiteral(
+        "Usage: spotwell-simulator [OPTION]... SCENARIO...\n"
+        "Plays a DX cluster node on 127.0.0.1, one port for each SCENARIO: a file, or the name of a\n"
+        "shipped scenario. What happens is written to the standard output, a JSON object a line.\n"
+        "\n"
+        "  --port N           listen on port N; 0, the default, takes any that is free\n"
+        "  --once             end when every session of the scenarios was played\n"
+        "  --timeout SECONDS  end after that time, as failed when --once was not fulfilled\n"
+        "  --set NAME=VALUE   set a variable of the scenarios\n"
+        "  --list             list the shipped scenarios\n"
+        "  --help             show this text\n"
+        "  --version          show the version\n"
+        "\n"
+        "The exit code is 0 when all checks held, 1 when one failed or, with --once, was left out,\n"
+        "and 2 for a mistake in the command line or in a scenario.\n");
+}
+
+QString scenarioPath(const QString& name, const QString& folder)
+{
+    if (name.contains(u'/') || QFileInfo{name}.isFile())
+        return name;
+    return QDir{folder}.filePath(name.endsWith(ending) ? name : name + ending);
+}
+
+QString listScenarios(const QString& folder)
+{
+    constexpr qsizetype column = 28;
+    QString text;
+    const QDir directory{folder};
+    for (const QString& file : directory.entryList({u'*' + ending}, QDir::Files, QDir::Name)) {
+        const QString name = file.chopped(ending.size());
+        text += name.leftJustified(column) + firstComment(directory.filePath(file)) + u'\n';
+    }
+    return text;
+}
+
+} // namespace spotwell::simulator

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/Time.h"
+#include "tools/spotwell-simulator/ScenarioWords.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <optional>
+
+namespace spotwell::simulator
+{
+
+/// What the command line asks for.
+struct Options {
+    /// Paths or names of shipped scenarios.
+    QStringList scenarios;
+    /// 0 for any.
+    std::uint16_t port = 0;
+    bool once = false;
+    bool list = false;
+    bool help = false;
+    bool version = false;
+    /// When to end in any case.
+    std::optional<Seconds> timeout;
+    Variables variables;
+
+    /// What is wrong with the command line; null when nothing is.
+    QString error;
+};
+
+/// Reads the command line's arguments, the program's name not among them.
+Options parseOptions(const QStringList& arguments);
+
+/// The text for --help.
+QString helpText();
+
+/// The file that `name` means: itself when it holds a slash or is a file, else the shipped scenario of that
+/// name in `folder`.
+QString scenarioPath(const QString& name, const QString& folder);
+
+/// The scenarios in `folder`, a line each: the name and the first comment of the file.
+QString listScenarios(const QString& folder);
+
+} // namespace spotwell::simulator

@@ -1,0 +1,71 @@
+#include "tools/spotwell-simulator/Simulator.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace spotwell::simulator
+{
+
+Simulator::Simulator(Options options, const Clock& clock, const Report& report,
+                     std::function<void()> finished)
+    : options_(std::move(options)), clock_(clock), report_(report), finished_(std::move(finished))
+{
+}
+
+QString Simulator::start(const QString& folder)
+{
+    std::vector<Scenario> scenarios;
+    for (const QString& name : options_.scenarios) {
+        auto parsed = readScenario(scenarioPath(name, folder), options_.variables);
+        if (const auto* error = std::get_if<ScenarioError>(&parsed))
+            return error->text();
+        scenarios.push_back(std::get<Scenario>(std::move(parsed)));
+    }
+    for (auto given = options_.variables.keyBegin(); given != options_.variables.keyEnd(); ++given) {
+        const bool known = std::any_of(scenarios.begin(), scenarios.end(), [&](const Scenario& scenario) {
+            return scenario.variables.contains(*given);
+        });
+        if (!known)
+            return QStringLiteral("--set: no scenario has a variable \"%1\"").arg(*given);
+    }
+    for (Scenario& scenario : scenarios) {
+        NodeServer& node =
+            nodes_.emplace_back(std::move(scenario), clock_, report_, [this] { finishIfPlayed(); });
+        const QString error = node.listen(options_.port);
+        if (!error.isNull())
+            return error;
+    }
+    if (options_.timeout) {
+        timeout_.setSingleShot(true);
+        timeout_.callOnTimeout([this] { finished_(); });
+        timeout_.start(std::chrono::ceil<std::chrono::milliseconds>(*options_.timeout));
+    }
+    return {};
+}
+
+void Simulator::finishIfPlayed()
+{
+    if (options_.once && allPlayed())
+        finished_();
+}
+
+bool Simulator::allPlayed() const
+{
+    return std::all_of(nodes_.begin(), nodes_.end(), [](const NodeServer& node) { return node.allPlayed(); });
+}
+
+void Simulator::stop()
+{
+    for (NodeServer& node : nodes_)
+        node.stop();
+}
+
+ExitCode Simulator::exitCode() const
+{
+    const bool failed = std::any_of(nodes_.begin(), nodes_.end(),
+                                    [](const NodeServer& node) { return node.failedChecks() > 0; });
+    return failed || (options_.once && !allPlayed()) ? ExitCode::checkFailed : ExitCode::allHeld;
+}
+
+} // namespace spotwell::simulator
