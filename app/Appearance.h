@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QPalette>
+#include <QString>
+
+#include <memory>
+
+class QStyle;
+
+namespace spotwell
+{
+
+/// How the program looks: a name and the colours that go with it.
+struct Appearance {
+    QString name;
+    /// Every role of every group is set, so that nothing of the desktop's own colours shows through.
+    QPalette palette;
+};
+
+/// The dark appearance for true, the light one for false.
+[[nodiscard]] Appearance desiredAppearanceObject(bool dark);
+
+[[nodiscard]] Appearance darkAppearnace();
+[[nodiscard]] Appearance lightAppearnace();
+
+/// The widget style made for these appearances: Qt's Fusion, with the outlines of boxes, fields and buttons
+/// in the palette's Dark role. Fusion alone derives them from the window's colour, too faint for the 3:1 that
+/// WCAG 2.1 (1.4.11) asks of them.
+[[nodiscard]] std::unique_ptr<QStyle> makeStyle();
+
+} // namespace spotwell

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "app/Appearance.h"
+#include "ui_MainWindow.h"
+
+#include <QMainWindow>
+
+#include <functional>
+
+namespace spotwell
+{
+
+/// The one window: fields and boxes for the feeds, the bulb, and the console below them.
+///
+/// It shows and asks; what a control does is its owner's business. The controls are members of
+/// Ui::MainWindow.
+class MainWindow : public QMainWindow, public Ui::MainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit MainWindow(QWidget* parent = nullptr);
+
+    /// Gives the window, its dialogs and the rest of the application these colours; what is on the screen
+    /// follows at once.
+    void setAppearance(const Appearance& appearance);
+
+    /// Puts into words (tooltip, accessible description) what the bulb shows; the image is the caller's.
+    void setLogwrightRunning(bool running);
+
+    /// Asked when the window is to be closed; it stays open on false. Empty: it closes.
+    std::function<bool()> shouldClose;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void describeConnection(bool connected);
+    void describeBulb(const QString& words);
+    [[nodiscard]] QSize initialSize() const;
+};
+
+} // namespace spotwell
