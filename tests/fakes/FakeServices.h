@@ -132,7 +132,7 @@ public:
 class FakeUrlSession final : public UrlSession
 {
 public:
-    explicit FakeUrlSession(UrlSessionConfiguration configuration = {}) : configuration(configuration) {}
+    explicit FakeUrlSession(UrlSessionConfiguration asked = {}) : configuration(asked) {}
     void dataTask(const QString& url, CompletionHandler completionHandler) override
     {
         requests.emplace_back(url, std::move(completionHandler));

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "cluster/ClusterHost.h"
+#include "tests/fakes/FakeTime.h"
+
+#include <QStringList>
+
+#include <utility>
+#include <vector>
+
+namespace spotwell
+{
+
+/// The program around a cluster session, by hand.
+class FakeClusterHost final : public ClusterHost
+{
+public:
+    [[nodiscard]] QString dxclusterText() const override { return dxcluster; }
+    [[nodiscard]] QString portText() const override { return port; }
+    [[nodiscard]] QString callsignText() const override { return callsign; }
+    [[nodiscard]] QString passwordText() const override { return password; }
+    [[nodiscard]] bool passwordIsEmpty() const override { return password.isEmpty(); }
+    [[nodiscard]] bool reconnectIsOn() const override { return reconnect; }
+    void setReconnect(bool on) override { reconnect = on; }
+    void setConnected(bool on) override { connected = on; }
+    void appendText(const QString& text) override { console.append(text); }
+    void threadCheckWarning() const override { ++threadChecks; }
+    [[nodiscard]] SerialQueue& bufferQueue() override { return buffer; }
+    void takeSpotLine(const QString& line, const QString& node) override
+    {
+        spots.append(line);
+        nodes.append(node);
+    }
+
+    QString dxcluster = QStringLiteral("dxc.example.org");
+    QString port = QStringLiteral("7300");
+    QString callsign = QStringLiteral("N0CALL");
+    QString password;
+    bool reconnect = true;
+    bool connected = false;
+    QStringList console;
+    QStringList spots;
+    QStringList nodes;
+    FakeSerialQueue buffer;
+    mutable int threadChecks = 0;
+};
+
+} // namespace spotwell
