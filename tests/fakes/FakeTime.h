@@ -49,15 +49,17 @@ public:
         }
     }
 
-    /// Moves the clock on by `span`, running each timer at its moment and what is pending before and after it.
+    /// Moves the clock on by `span`, running each timer at its moment and what is pending before and after
+    /// it.
     void advance(Seconds span)
     {
         const TimePoint end = clock_.time + std::chrono::round<std::chrono::microseconds>(span);
         runPending();
         while (true) {
-            const auto next = std::min_element(timers_.begin(), timers_.end(), [](const Timer& a, const Timer& b) {
-                return std::pair{a.due, a.order} < std::pair{b.due, b.order};
-            });
+            const auto next =
+                std::min_element(timers_.begin(), timers_.end(), [](const Timer& a, const Timer& b) {
+                    return std::pair{a.due, a.order} < std::pair{b.due, b.order};
+                });
             if (next == timers_.end() || next->due > end)
                 break;
             clock_.time = std::max(clock_.time, next->due);
@@ -92,8 +94,8 @@ private:
 
     void add(Seconds delay, Seconds interval, Task task)
     {
-        timers_.push_back({clock_.time + std::chrono::round<std::chrono::microseconds>(delay), nextOrder_++, interval,
-                           std::move(task)});
+        timers_.push_back({clock_.time + std::chrono::round<std::chrono::microseconds>(delay), nextOrder_++,
+                           interval, std::move(task)});
     }
 
     FakeClock& clock_;

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "tests/fakes/WaitUntil.h"
+
+#include <QByteArray>
+
+#include <arpa/inet.h>
+#include <cstdint>
+#include <cstring>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace spotwell
+{
+
+/// The other end of a TCP connection on loopback, moved by the test: listens, accepts one peer, sends, hears,
+/// ends.
+class LoopbackPeer
+{
+public:
+    LoopbackPeer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        (void)::bind(listener_, reinterpret_cast<const sockaddr*>(&address), length);
+        (void)::listen(listener_, 8);
+        (void)::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
+        port_ = ntohs(address.sin_port);
+    }
+    ~LoopbackPeer()
+    {
+        close();
+        stopListening();
+    }
+    LoopbackPeer(const LoopbackPeer&) = delete;
+    LoopbackPeer& operator=(const LoopbackPeer&) = delete;
+
+    [[nodiscard]] std::uint16_t port() const { return port_; }
+    void stopListening()
+    {
+        if (listener_ >= 0)
+            ::close(std::exchange(listener_, -1));
+    }
+    /// Runs the event loop until somebody has connected.
+    bool accept()
+    {
+        return waitUntil([this] {
+            peer_ = ::accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+            return peer_ >= 0;
+        });
+    }
+    /// Whether somebody waits to be accepted right now; accepts him.
+    bool acceptNow()
+    {
+        peer_ = ::accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        return peer_ >= 0;
+    }
+    /// Sends as much of `bytes` as the connection takes now; how much that was.
+    qsizetype send(const QByteArray& bytes)
+    {
+        const ssize_t sent =
+            ::send(peer_, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
+        return sent < 0 ? 0 : sent;
+    }
+    /// All that was heard so far.
+    QByteArray heard()
+    {
+        char buffer[4096];
+        ssize_t got = 0;
+        while (peer_ >= 0 && (got = ::recv(peer_, buffer, sizeof buffer, 0)) > 0)
+            heard_.append(buffer, got);
+        ended_ = ended_ || (peer_ >= 0 && got == 0);
+        return heard_;
+    }
+    /// Whether the other side has ended its direction.
+    bool hasEnded()
+    {
+        heard();
+        return ended_;
+    }
+    void shutdownWrite() { ::shutdown(peer_, SHUT_WR); }
+    void close()
+    {
+        if (peer_ >= 0)
+            ::close(std::exchange(peer_, -1));
+    }
+    /// Closes with a reset.
+    void reset()
+    {
+        const linger atOnce{1, 0};
+        ::setsockopt(peer_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+        close();
+    }
+
+private:
+    int listener_;
+    int peer_ = -1;
+    std::uint16_t port_ = 0;
+    QByteArray heard_;
+    bool ended_ = false;
+};
+
+} // namespace spotwell
