@@ -29,8 +29,8 @@ class RunningApplications
 {
 public:
     virtual ~RunningApplications() = default;
-    /// The list as it is now, in the platform's own order. Returns within 250 ms whatever the applications and
-    /// the bus do; an application that did not answer in time is left out. From any thread.
+    /// The list as it is now, in the platform's own order. Returns within 250 ms whatever the applications
+    /// and the bus do; an application that did not answer in time is left out. From any thread.
     virtual std::vector<RunningApplication> runningApplications() = 0;
 };
 

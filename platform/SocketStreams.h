@@ -39,8 +39,8 @@ class StreamDelegate
 {
 public:
     virtual ~StreamDelegate() = default;
-    /// `eventCode` is a StreamEvent as a number; codes unknown to this version may come. The handler may close
-    /// and destroy either stream of the pair.
+    /// `eventCode` is a StreamEvent as a number; codes unknown to this version may come. The handler may
+    /// close and destroy either stream of the pair.
     virtual void handleEvent(Stream& stream, int eventCode) = 0;
 };
 
@@ -63,16 +63,16 @@ public:
 
 /// The receiving direction.
 ///
-/// hasBytesAvailable is level-triggered: it comes again as long as bytes wait. Everything the peer sent before it
-/// closed is offered before endEncountered.
+/// hasBytesAvailable is level-triggered: it comes again as long as bytes wait. Everything the peer sent
+/// before it closed is offered before endEncountered.
 class InputStream : public Stream
 {
 public:
-    /// Reads at most `buffer.size()` bytes without waiting. The count read; 0 at the peer's end; negative on an
-    /// error or when nothing is there.
+    /// Reads at most `buffer.size()` bytes without waiting. The count read; 0 at the peer's end; negative on
+    /// an error or when nothing is there.
     virtual std::ptrdiff_t read(std::span<std::byte> buffer) = 0;
-    /// Stops (true) or resumes (false) the delivery of hasBytesAvailable and of what follows it. While held, the
-    /// peer is slowed by TCP itself.
+    /// Stops (true) or resumes (false) the delivery of hasBytesAvailable and of what follows it. While held,
+    /// the peer is slowed by TCP itself.
     virtual void holdEvents(bool hold) = 0;
 };
 
@@ -97,8 +97,8 @@ class SocketStreams
 {
 public:
     virtual ~SocketStreams() = default;
-    /// A pair for `port` on `host` (a name or an address). Nothing is resolved or connected before open(); a port
-    /// above 65535 gives no streams.
+    /// A pair for `port` on `host` (a name or an address). Nothing is resolved or connected before open(); a
+    /// port above 65535 gives no streams.
     virtual StreamPair createPairWithSocketToHost(const QString& host, std::uint32_t port) = 0;
 };
 

@@ -37,8 +37,8 @@ struct UrlResult {
 
 /// Plain GET transfers.
 ///
-/// Completion handlers of all transfers run one at a time, in the order the transfers end, on one callback queue
-/// that is neither the main thread nor the one that does the network I/O: a handler may take its time.
+/// Completion handlers of all transfers run one at a time, in the order the transfers end, on one callback
+/// queue that is neither the main thread nor the one that does the network I/O: a handler may take its time.
 class UrlSession
 {
 public:
@@ -47,8 +47,8 @@ public:
     virtual ~UrlSession() = default;
     /// Starts a GET of `url` and returns. An HTTP error status is no error. From any thread.
     virtual void dataTask(const QString& url, CompletionHandler completionHandler) = 0;
-    /// Holds the calling completion handler for `duration`. Returns false when the session is ending, in which case
-    /// the handler should return without further work.
+    /// Holds the calling completion handler for `duration`. Returns false when the session is ending, in
+    /// which case the handler should return without further work.
     virtual bool pause(Seconds duration) = 0;
 };
 

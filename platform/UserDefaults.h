@@ -7,8 +7,8 @@
 namespace spotwell
 {
 
-/// The user's settings store. Main thread only. What is set is kept by the store in its own time, at the latest when
-/// it is destroyed.
+/// The user's settings store. Main thread only. What is set is kept by the store in its own time, at the
+/// latest when it is destroyed.
 class UserDefaults
 {
 public:
