@@ -1,0 +1,156 @@
+#include "app/Appearance.h"
+
+#include <QColor>
+#include <QFile>
+#include <QIcon>
+#include <QImage>
+#include <QStyle>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace spotwell
+{
+namespace
+{
+
+/// Relative luminance and contrast ratio as WCAG 2.1 defines them.
+double luminance(const QColor& colour)
+{
+    const auto linear = [](double c) {
+        return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+double contrast(const QColor& a, const QColor& b)
+{
+    const double first = luminance(a);
+    const double second = luminance(b);
+    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
+}
+
+using Role = QPalette::ColorRole;
+using Group = QPalette::ColorGroup;
+
+class EachAppearance : public testing::TestWithParam<bool>
+{
+protected:
+    [[nodiscard]] double between(Group group, Role a, Role b) const
+    {
+        return contrast(palette.color(group, a), palette.color(group, b));
+    }
+    QPalette palette = desiredAppearanceObject(GetParam()).palette;
+};
+
+TEST(Appearance, HasItsName)
+{
+    EXPECT_EQ(darkAppearnace().name, QStringLiteral("NSAppearanceNameDarkAqua"));
+    EXPECT_EQ(lightAppearnace().name, QStringLiteral("NSAppearanceNameAqua"));
+    EXPECT_EQ(desiredAppearanceObject(true).name, QStringLiteral("NSAppearanceNameDarkAqua"));
+    EXPECT_EQ(desiredAppearanceObject(false).name, QStringLiteral("NSAppearanceNameAqua"));
+    EXPECT_EQ(desiredAppearanceObject(true).palette, darkAppearnace().palette);
+    EXPECT_EQ(desiredAppearanceObject(false).palette, lightAppearnace().palette);
+}
+
+TEST(Appearance, DarkIsDarkAndLightIsLight)
+{
+    for (const Role role : {QPalette::Window, QPalette::Base, QPalette::Button}) {
+        EXPECT_LT(luminance(darkAppearnace().palette.color(role)), 0.1);
+        EXPECT_GT(luminance(lightAppearnace().palette.color(role)), 0.7);
+    }
+}
+
+TEST_P(EachAppearance, LeavesNoRoleToTheDesktop)
+{
+    for (const Group group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        for (int role = 0; role < QPalette::NColorRoles; ++role) {
+            if (role != QPalette::NoRole) {
+                EXPECT_TRUE(palette.isBrushSet(group, static_cast<Role>(role))) << group << ' ' << role;
+            }
+        }
+    }
+}
+
+TEST_P(EachAppearance, TextIsReadable)
+{
+    const std::pair<Role, Role> pairs[] = {
+        {QPalette::WindowText, QPalette::Window},
+        {QPalette::Text, QPalette::Base},
+        {QPalette::Text, QPalette::AlternateBase},
+        {QPalette::ButtonText, QPalette::Button},
+        {QPalette::PlaceholderText, QPalette::Base},
+        {QPalette::HighlightedText, QPalette::Highlight},
+        {QPalette::ToolTipText, QPalette::ToolTipBase},
+        {QPalette::Link, QPalette::Window},
+        {QPalette::Link, QPalette::Base},
+        {QPalette::LinkVisited, QPalette::Window},
+        {QPalette::LinkVisited, QPalette::Base},
+        {QPalette::BrightText, QPalette::Window},
+        {QPalette::BrightText, QPalette::Base},
+    };
+    for (const Group group : {QPalette::Active, QPalette::Inactive}) {
+        for (const auto& [text, ground] : pairs)
+            EXPECT_GE(between(group, text, ground), 4.5) << group << ' ' << text << ' ' << ground;
+    }
+}
+
+TEST_P(EachAppearance, DisabledTextIsStillLegible)
+{
+    for (const auto& [text, ground] : {std::pair{QPalette::WindowText, QPalette::Window},
+                                       {QPalette::Text, QPalette::Base},
+                                       {QPalette::ButtonText, QPalette::Button},
+                                       {QPalette::PlaceholderText, QPalette::Base}}) {
+        EXPECT_GE(between(QPalette::Disabled, text, ground), 3.0) << text;
+        EXPECT_LT(between(QPalette::Disabled, text, ground), between(QPalette::Active, text, ground)) << text;
+    }
+}
+
+TEST_P(EachAppearance, FocusAndOutlinesStandOut)
+{
+    for (const Group group : {QPalette::Active, QPalette::Inactive}) {
+        for (const Role ground : {QPalette::Window, QPalette::Base, QPalette::Button}) {
+            EXPECT_GE(between(group, QPalette::Highlight, ground), 3.0) << group << ' ' << ground;
+            EXPECT_GE(between(group, QPalette::Dark, ground), 3.0) << group << ' ' << ground;
+        }
+    }
+}
+
+TEST_P(EachAppearance, BulbsStandOutAndDifferInShape)
+{
+    const QColor ground = palette.color(QPalette::Window);
+    int painted[2] = {0, 0};
+    const QString names[2] = {QStringLiteral(":/images/green_ball.svg"),
+                              QStringLiteral(":/images/gray_ball.svg")};
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(QFile::exists(names[i]));
+        const QImage image = QIcon(names[i]).pixmap(22, 22).toImage();
+        ASSERT_FALSE(image.isNull());
+        double best = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor pixel = image.pixelColor(x, y);
+                if (pixel.alpha() < 250)
+                    continue;
+                ++painted[i];
+                best = std::max(best, contrast(pixel, ground));
+            }
+        }
+        EXPECT_GE(best, 3.0) << names[i].toStdString();
+    }
+    // A full ball and an empty ring: told apart without colour.
+    EXPECT_GT(painted[0], 2 * painted[1]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Appearance, EachAppearance, testing::Bool(),
+                         [](const auto& test) { return test.param ? "dark" : "light"; });
+
+TEST(Images, TheApplicationHasItsIcon)
+{
+    EXPECT_FALSE(QIcon(QStringLiteral(":/images/spotwell.svg")).pixmap(16, 16).isNull());
+}
+
+} // namespace
+} // namespace spotwell

@@ -1,0 +1,15 @@
+#include "app/Appearance.h"
+
+#include <QApplication>
+#include <QStyle>
+#include <gtest/gtest.h>
+
+// A screen of our own that nobody sees, the smallest the window is made for.
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" SCREEN_FILE);
+    testing::InitGoogleTest(&argc, argv);
+    const QApplication application(argc, argv);
+    QApplication::setStyle(spotwell::makeStyle().release());
+    return RUN_ALL_TESTS();
+}
