@@ -10,6 +10,8 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTextLayout>
+#include <QTextOption>
 #include <gtest/gtest.h>
 
 #include <random>
@@ -327,6 +329,16 @@ TEST_F(ConsoleViewTest, LinesNeverWrap)
     appendNow(QString(16384, u'x'));
     EXPECT_EQ(widget.lineWrapMode(), QPlainTextEdit::NoWrap);
     EXPECT_EQ(widget.document()->lastBlock().layout()->lineCount(), 1);
+}
+
+TEST_F(ConsoleViewTest, LinesBeginAtTheLeftWhateverTheyHold)
+{
+    showWidget();
+    appendNow(QStringLiteral("\u05D0\u05D1\u05D2 73"));
+    EXPECT_EQ(widget.document()->defaultTextOption().textDirection(), Qt::LeftToRight);
+    EXPECT_EQ(widget.layoutDirection(), Qt::LeftToRight);
+    const QTextLine line = widget.document()->lastBlock().layout()->lineAt(0);
+    EXPECT_LT(line.naturalTextRect().left(), 10.0);
 }
 
 TEST_F(ConsoleViewTest, CanBeReadAndCopiedButNotChanged)
