@@ -31,6 +31,8 @@ public:
         return argument;
     }
 
+    /// The next argument as it stands.
+    QString takeWhole() { return arguments_.takeFirst(); }
     [[nodiscard]] bool hasAttachedValue() const { return !value_.isNull(); }
     /// The value of the option that next() gave; null when there is none.
     QString value()
@@ -85,7 +87,7 @@ Options parseOptions(const QStringList& list)
     bool onlyScenarios = false;
     while (!arguments.atEnd() && options.error.isNull()) {
         if (onlyScenarios) {
-            options.scenarios.append(arguments.next());
+            options.scenarios.append(arguments.takeWhole());
             continue;
         }
         const QString argument = arguments.next();

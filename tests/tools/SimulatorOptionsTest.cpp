@@ -1,0 +1,102 @@
+#include "tools/spotwell-simulator/Options.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace spotwell::simulator
+{
+namespace
+{
+
+Options parsed(const QString& line)
+{
+    return parseOptions(line.split(u' ', Qt::SkipEmptyParts));
+}
+
+TEST(SimulatorOptions, areRead)
+{
+    const Options options = parsed(u"--port 7300 --once --timeout 2.5 --set rate=5 --set=call=A=B demo"_qs);
+    EXPECT_TRUE(options.error.isNull()) << qPrintable(options.error);
+    EXPECT_EQ(options.port, 7300);
+    EXPECT_TRUE(options.once);
+    EXPECT_EQ(options.timeout, Seconds{2.5});
+    EXPECT_EQ(options.variables, (Variables{{u"rate"_qs, u"5"_qs}, {u"call"_qs, u"A=B"_qs}}));
+    EXPECT_EQ(options.scenarios, QStringList{u"demo"_qs});
+}
+
+TEST(SimulatorOptions, haveDefaults)
+{
+    const Options options = parsed(u"a b"_qs);
+    EXPECT_TRUE(options.error.isNull());
+    EXPECT_EQ(options.port, 0);
+    EXPECT_FALSE(options.once || options.list || options.help || options.version);
+    EXPECT_FALSE(options.timeout.has_value());
+    EXPECT_EQ(options.scenarios.size(), 2);
+    EXPECT_EQ(parsed(u"-- --once"_qs).scenarios, QStringList{u"--once"_qs});
+    EXPECT_EQ(parsed(u"-- --a=b"_qs).scenarios, QStringList{u"--a=b"_qs});
+}
+
+TEST(SimulatorOptions, needNoScenarioToInform)
+{
+    EXPECT_TRUE(parsed(u"--help"_qs).help);
+    EXPECT_TRUE(parsed(u"--version"_qs).version);
+    EXPECT_TRUE(parsed(u"--list"_qs).list);
+    EXPECT_TRUE(parsed(u"--list"_qs).error.isNull());
+}
+
+TEST(SimulatorOptions, sayWhatIsWrong)
+{
+    const struct {
+        QString line;
+        QString error;
+    } cases[]{
+        {u""_qs, u"no scenario was given"_qs},
+        {u"--once"_qs, u"no scenario was given"_qs},
+        {u"--port 65536 a"_qs, u"--port needs a number from 0 to 65535"_qs},
+        {u"--port a"_qs, u"--port needs a number from 0 to 65535"_qs},
+        {u"--port"_qs, u"--port needs a number from 0 to 65535"_qs},
+        {u"--port=-1 a"_qs, u"--port needs a number from 0 to 65535"_qs},
+        {u"--port 7300 a b"_qs, u"--port goes with one scenario only"_qs},
+        {u"--timeout 0 a"_qs, u"--timeout needs a number of seconds"_qs},
+        {u"--timeout nan a"_qs, u"--timeout needs a number of seconds"_qs},
+        {u"--timeout"_qs, u"--timeout needs a number of seconds"_qs},
+        {u"--set rate a"_qs, u"--set needs NAME=VALUE"_qs},
+        {u"--set =5 a"_qs, u"--set needs NAME=VALUE"_qs},
+        {u"--set"_qs, u"--set needs NAME=VALUE"_qs},
+        {u"--twice a"_qs, u"unknown option \"--twice\""_qs},
+        {u"-v a"_qs, u"unknown option \"-v\""_qs},
+        {u"--once=1 a"_qs, u"--once takes no value"_qs},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(parsed(c.line).error, c.error) << qPrintable(c.line);
+}
+
+TEST(SimulatorOptions, findScenarios)
+{
+    const QTemporaryDir folder;
+    EXPECT_EQ(scenarioPath(u"demo"_qs, u"/shipped"_qs), u"/shipped/demo.scenario"_qs);
+    EXPECT_EQ(scenarioPath(u"demo.scenario"_qs, u"/shipped"_qs), u"/shipped/demo.scenario"_qs);
+    EXPECT_EQ(scenarioPath(u"./demo"_qs, u"/shipped"_qs), u"./demo"_qs);
+    QFile file{folder.filePath(u"b.scenario"_qs)};
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("# Second of two.\nclose\n");
+    file.close();
+    QFile other{folder.filePath(u"a.scenario"_qs)};
+    ASSERT_TRUE(other.open(QIODevice::WriteOnly));
+    other.write("close\n");
+    other.close();
+    EXPECT_EQ(listScenarios(folder.path()), QString{u"a"_qs.leftJustified(28) + u"\n"_qs +
+                                                    u"b"_qs.leftJustified(28) + u"Second of two.\n"_qs});
+    EXPECT_EQ(listScenarios(folder.filePath(u"none"_qs)), QString{});
+}
+
+TEST(SimulatorOptions, areAllInTheHelpText)
+{
+    for (const char* option :
+         {"--port N", "--once", "--timeout SECONDS", "--set NAME=VALUE", "--list", "--help", "--version"})
+        EXPECT_TRUE(helpText().contains(QString::fromLatin1(option))) << option;
+}
+
+} // namespace
+} // namespace spotwell::simulator
