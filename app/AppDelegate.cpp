@@ -253,6 +253,7 @@ void AppDelegate::lgwtStatusTimer()
 void AppDelegate::setLogwrightRunning(bool running)
 {
     window.lgwtRunningButton->setIcon(running ? greenBulb : greyBulb);
+    window.setLogwrightRunning(running);
 }
 
 QString AppDelegate::dxclusterText() const

@@ -25,7 +25,7 @@ void DiagnosticsLog::createDebugDirectory() const
     std::filesystem::create_directories(path, error);
     if (error)
         log_.line(QStringLiteral("applicationDidFinishLaunching: error creating: %1 - %2")
-                      .arg(_debugPath, QString::fromStdString(error.message())));
+                      .arg(_debugPath, QString::fromLocal8Bit(error.message().c_str())));
     else
         log_.line(QStringLiteral("applicationDidFinishLaunching: created: %1").arg(_debugPath));
 }

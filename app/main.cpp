@@ -3,7 +3,7 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include <QApplication>
-#include <QStyleFactory>
+#include <QStyle>
 
 // Everything with a life of its own hangs off here: the toolkit, the platform's services, and the one
 // delegate.
@@ -16,7 +16,7 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("spotwell"));
     QApplication::setApplicationVersion(QStringLiteral(SPOTWELL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.tarnbrooksoftware.spotwell"));
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(makeStyle().release());
 
     LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION));
     MainWindow window;

@@ -70,7 +70,7 @@ Platform LinuxPlatform::services()
             p.mainQueue,
             [](const QString& label) { return std::make_unique<ThreadSerialQueue>(label); },
             [&p](const UrlSessionConfiguration& configuration) {
-                return std::make_unique<QtUrlSession>(configuration, p.userAgent, p.log);
+                return std::make_unique<QtUrlSession>(configuration, p.userAgent);
             },
             p.sockets,
             p.notificationCenter,
