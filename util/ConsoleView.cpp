@@ -61,6 +61,9 @@ void ConsoleView::setUpWidget()
     widget_.setUndoRedoEnabled(false);
     widget_.setLineWrapMode(QPlainTextEdit::NoWrap);
     widget_.setCenterOnScroll(false);
+    // A bar that came only when needed would come after the scrolling and cover the line scrolled to.
+    widget_.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    widget_.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     // Read-only; the keyboard can select and copy as the mouse can.
     widget_.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     widget_.setTabChangesFocus(true);

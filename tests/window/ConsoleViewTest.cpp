@@ -247,6 +247,17 @@ TEST_F(ConsoleViewTest, ASelectionThatReachesTheEndDoesNotGrow)
     }
 }
 
+TEST_F(ConsoleViewTest, ACaretAtTheEndStaysAtTheEnd)
+{
+    appendNow(QStringLiteral("first"));
+    widget.moveCursor(QTextCursor::End);
+    appendNow(QStringLiteral("second"));
+    EXPECT_TRUE(widget.textCursor().atEnd());
+    widget.moveCursor(QTextCursor::Start);
+    appendNow(QStringLiteral("third"));
+    EXPECT_TRUE(widget.textCursor().atStart());
+}
+
 TEST_F(ConsoleViewTest, ASelectionGoesWithTheTextItWasMadeOn)
 {
     appendNow(QStringLiteral("first"));
@@ -268,6 +279,16 @@ TEST_F(ConsoleViewTest, AnEntryBringsTheEndIntoView)
     EXPECT_TRUE(isAtBottom());
     widget.verticalScrollBar()->setValue(0);
     appendNow(QStringLiteral("x"));
+    EXPECT_TRUE(isAtBottom());
+    EXPECT_TRUE(widget.viewport()->rect().contains(endOfText()));
+}
+
+TEST_F(ConsoleViewTest, TheEndStaysInViewWhenTheWindowSystemHasHadItsTurn)
+{
+    showWidget();
+    appendLines(300);
+    appendNow(QString(500, u'x'));
+    QCoreApplication::processEvents();
     EXPECT_TRUE(isAtBottom());
     EXPECT_TRUE(widget.viewport()->rect().contains(endOfText()));
 }

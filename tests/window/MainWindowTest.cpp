@@ -179,7 +179,7 @@ TEST_F(MainWindowTest, NothingMovesWhenTheBulbGetsItsImage)
     EXPECT_EQ(window.lgwtRunningButton->geometry(), before);
 }
 
-TEST_F(MainWindowTest, FitsASmallScreenAndShowsAWholeClusterLine)
+TEST_F(MainWindowTest, FitsASmallScreenAndShowsAWholeSpot)
 {
     ASSERT_EQ(window.screen()->size(), QSize(1024, 768));
     FakeClock clock;
@@ -188,10 +188,9 @@ TEST_F(MainWindowTest, FitsASmallScreenAndShowsAWholeClusterLine)
     showWindow();
     EXPECT_LE(window.width(), 1024);
     EXPECT_LE(window.height(), 768);
-    view.appendText(QString(80, u'W'));
-    view.flush();
+    // A cluster line takes 80 columns, a spot with a park's reference ten more.
     for (int i = 0; i < 100; ++i)
-        view.appendText(QString(80, u'W'));
+        view.appendText(QString(90, u'W'));
     view.flush();
     ASSERT_GT(window.statusLine->verticalScrollBar()->maximum(), 0);
     EXPECT_EQ(window.statusLine->horizontalScrollBar()->maximum(), 0);
