@@ -1,0 +1,163 @@
+#include "tests/platform/bus/ApplicationsFixture.h"
+
+#include <thread>
+
+namespace spotwell
+{
+
+namespace
+{
+
+using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
+
+using HungApplicationsTest = ApplicationsTest;
+
+/// What a busy machine may add to a wait of 250 ms.
+constexpr auto slack = 750ms;
+
+TEST_F(HungApplicationsTest, AreWaitedForOnceAndTakenWhenTheyAnswer)
+{
+    BusPeer hung(bus);
+    show(hung, logwrightName, u"Hung"_s, u"1"_s);
+    BusPeer healthy(bus);
+    show(healthy, logwrightName + u"2"_s, u"Healthy"_s, u"2"_s);
+    hung.stop();
+    // The wait has to be long enough for the healthy one's answer on a busy machine.
+    makeApplications(2000ms);
+    EXPECT_EQ(names(), QStringList{u"Healthy"_s});
+    const auto start = std::chrono::steady_clock::now();
+    for (int call = 0; call < 20; ++call)
+        EXPECT_EQ(names(), QStringList{u"Healthy"_s});
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 4s); // each waiting: 32 s
+    EXPECT_EQ(log.lines(), QStringList{u"runningApplications: %1 cannot be read: it does not answer"_s.arg(
+                               logwrightName)});
+
+    hung.resume();
+    EXPECT_TRUE(waitUntil([this] { return names().contains(u"Hung"_s); }));
+    EXPECT_EQ(names().size(), 2);
+    EXPECT_EQ(hung.count(u"GetAll"_s), 1);
+    EXPECT_EQ(log.lines().size(), 1);
+}
+
+TEST_F(HungApplicationsTest, HoldTheCallerNoLongerThanAllowed)
+{
+    std::vector<std::unique_ptr<BusPeer>> hung;
+    for (int number = 0; number < 4; ++number) {
+        hung.push_back(std::make_unique<BusPeer>(bus));
+        show(*hung.back(), logwrightName + QString::number(number), u"Hung"_s, u"1"_s);
+        hung.back()->stop();
+    }
+    applications.emplace(sessionBus, log);
+    const auto first = timeOfCall();
+    EXPECT_GE(first, 200ms);
+    EXPECT_LT(first, 250ms + slack); // one after the other: 800 ms at least
+    for (const auto& peer : hung)
+        peer->resume();
+}
+
+TEST_F(HungApplicationsTest, LeaveASecondCallerTheTimeToHearTheBus)
+{
+    BusPeer hung(bus);
+    show(hung, logwrightName, u"Hung"_s, u"1"_s);
+    BusPeer healthy(bus);
+    show(healthy, logwrightName + u"2"_s, u"Healthy"_s, u"2"_s);
+    hung.stop();
+    makeApplications(2000ms);
+    QStringList seenByOther;
+    std::thread other([&] { seenByOther = names(); });
+    EXPECT_EQ(names(), QStringList{u"Healthy"_s});
+    other.join();
+    EXPECT_EQ(seenByOther, QStringList{u"Healthy"_s});
+    hung.resume();
+}
+
+TEST_F(HungApplicationsTest, AreAskedAnewWhenTheQuestionIsTooOld)
+{
+    BusPeer hung(bus);
+    show(hung, logwrightName, u"Hung"_s, u"1"_s);
+    hung.stop();
+    makeApplications(50ms, {.answer = 100ms});
+    // Long enough for several questions to grow too old.
+    const auto end = std::chrono::steady_clock::now() + 500ms;
+    EXPECT_TRUE(waitUntil([&] { return names().isEmpty() && std::chrono::steady_clock::now() >= end; }));
+    hung.resume();
+    EXPECT_TRUE(becomes({u"Hung"_s}));
+    EXPECT_GE(hung.count(u"GetAll"_s), 2);
+    EXPECT_LE(hung.count(u"GetAll"_s), 8);
+    EXPECT_EQ(log.lines().size(), 1);
+}
+
+TEST_F(HungApplicationsTest, AreForgottenWhenTheyEnd)
+{
+    BusPeer hung(bus);
+    show(hung, logwrightName, u"Hung"_s, u"1"_s);
+    hung.stop();
+    makeApplications(250ms);
+    EXPECT_EQ(names(), QStringList{});
+    hung.kill();
+    BusPeer next(bus);
+    show(next, logwrightName, u"Next"_s, u"1"_s);
+    EXPECT_TRUE(becomes({u"Next"_s}));
+}
+
+TEST_F(HungApplicationsTest, AnErrorIsToldOnceAndAskedAgainLater)
+{
+    BusPeer logger(bus);
+    show(logger, logwrightName, u"Logwright"_s, u"1"_s);
+    logger.command({u"fail"_s, u"com.example.Error"_s, QString(600, u'n')});
+    makeApplications(generous, {.afterError = 300ms});
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(names(), QStringList{});
+    EXPECT_EQ(names(), QStringList{});
+    logger.command({u"fail"_s, QString(), QString()});
+    EXPECT_TRUE(becomes({u"Logwright"_s}));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
+    EXPECT_EQ(logger.count(u"GetAll"_s), 2);
+    EXPECT_EQ(log.lines(), QStringList{u"runningApplications: %1 cannot be read: "_s.arg(logwrightName) +
+                                       QString(300, u'n')});
+}
+
+TEST_F(HungApplicationsTest, ABusThatHangsIsWaitedForOnceInAWhile)
+{
+    BusPeer logger(bus);
+    show(logger, logwrightName, u"Logwright"_s, u"1"_s);
+    makeApplications(250ms, {.afterSilence = 5s});
+    EXPECT_TRUE(becomes({u"Logwright"_s}));
+    bus.stop();
+    const auto first = timeOfCall();
+    EXPECT_GE(first, 250ms);
+    EXPECT_LT(first, 250ms + slack);
+    const auto start = std::chrono::steady_clock::now();
+    for (int call = 0; call < 20; ++call)
+        EXPECT_EQ(names(), QStringList{});
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 1s); // each waiting: 5 s
+    bus.resume();
+    // Its late answer is enough: nobody sits out the five seconds.
+    EXPECT_TRUE(becomes({u"Logwright"_s}));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    EXPECT_EQ(logger.count(u"GetAll"_s), 1);
+    EXPECT_EQ(log.lines(), QStringList{u"runningApplications: the session bus does not answer"_s});
+}
+
+TEST_F(HungApplicationsTest, ABusThatHangsFromTheStartHoldsNobodyLong)
+{
+    bus.stop();
+    makeApplications(250ms, {.afterSilence = 50ms});
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 3; ++caller)
+        callers.emplace_back([this] { EXPECT_LT(timeOfCall(), 250ms + slack); });
+    for (std::thread& caller : callers)
+        caller.join();
+    // After a while it is waited for again.
+    EXPECT_TRUE(waitUntil([this] { return timeOfCall() >= 200ms; }));
+    EXPECT_EQ(log.lines().size(), 1);
+    bus.resume();
+    BusPeer logger(bus);
+    show(logger, logwrightName, u"Logwright"_s, u"1"_s);
+    EXPECT_TRUE(becomes({u"Logwright"_s}));
+}
+
+} // namespace
+
+} // namespace spotwell

@@ -1,0 +1,63 @@
+#include "tests/platform/bus/PrivateBus.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+namespace spotwell
+{
+
+PrivateBus::PrivateBus(bool running)
+{
+    std::string name = (std::filesystem::temp_directory_path() / "spotwell-bus-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr)
+        throw std::runtime_error("mkdtemp");
+    directory_ = name;
+    address_ = "unix:path=" + directory_ + "/bus";
+    std::ofstream(directory_ + "/bus.conf")
+        << "<!DOCTYPE busconfig PUBLIC '-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN' "
+           "'http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd'>\n"
+           "<busconfig><type>session</type><listen>"
+        << address_
+        << "</listen><auth>EXTERNAL</auth><policy context='default'>"
+           "<allow send_destination='*' eavesdrop='true'/><allow eavesdrop='true'/><allow own='*'/>"
+           "</policy></busconfig>\n";
+    if (running)
+        start();
+}
+
+PrivateBus::~PrivateBus()
+{
+    kill();
+    std::error_code ignored;
+    std::filesystem::remove_all(directory_, ignored);
+}
+
+void PrivateBus::start()
+{
+    daemon_ = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"dbus-daemon", "--nofork", "--nopidfile",
+                                 "--config-file=" + directory_ + "/bus.conf", "--print-address"});
+    if (!daemon_->readLine())
+        throw std::runtime_error("dbus-daemon does not start");
+}
+
+void PrivateBus::kill()
+{
+    daemon_.reset();
+    std::filesystem::remove(directory_ + "/bus");
+}
+
+void PrivateBus::stop()
+{
+    daemon_->signal(SIGSTOP);
+}
+
+void PrivateBus::resume()
+{
+    daemon_->signal(SIGCONT);
+}
+
+} // namespace spotwell

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "tests/platform/bus/ChildProcess.h"
+
+#include <memory>
+#include <string>
+
+namespace spotwell
+{
+
+/// A session bus of the test's own: a dbus-daemon on a socket in a temporary directory.
+class PrivateBus
+{
+public:
+    /// Starts the bus unless told not to; the address is fixed either way.
+    explicit PrivateBus(bool running = true);
+    ~PrivateBus();
+    PrivateBus(const PrivateBus&) = delete;
+    PrivateBus& operator=(const PrivateBus&) = delete;
+
+    /// Starts it on the same address as ever and waits until it takes connections.
+    void start();
+    /// Ends it as a crash would.
+    void kill();
+    /// Lets it hang: connections stay, nothing is answered.
+    void stop();
+    /// Lets it go on after stop().
+    void resume();
+    [[nodiscard]] const std::string& address() const { return address_; }
+    /// The environment entry under which a child finds this bus.
+    [[nodiscard]] std::string environment() const { return "DBUS_SESSION_BUS_ADDRESS=" + address_; }
+
+private:
+    std::string directory_;
+    std::string address_;
+    std::unique_ptr<ChildProcess> daemon_;
+};
+
+} // namespace spotwell
