@@ -246,8 +246,11 @@ TEST_F(NodeTest, closesOrderlyAlthoughTheClientTalks)
     client.says(QByteArray(20'000, 'x'));
     client.hears("all of this");
     client.hearsTheEnd();
+    client.says("quit\n");
     client.leaves();
     ends();
+    ASSERT_FALSE(events(u"received"_qs).empty());
+    EXPECT_TRUE(events(u"received"_qs).back()[u"text"].toString().endsWith(u"quit\\n"_qs));
     EXPECT_EQ(farewell(), u"node closed"_qs);
 }
 

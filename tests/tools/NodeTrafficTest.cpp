@@ -38,6 +38,20 @@ TEST_F(NodeTest, cutsALineByThePacket)
     EXPECT_GE(sent[1][u"t"].toDouble() - sent[0][u"t"].toDouble(), 0.2);
 }
 
+TEST_F(NodeTest, cutsOnlyWhenEverythingHasArrived)
+{
+    plays("repeat 4\nsend \"" + QByteArray(60'000, 'x') + "\"\nend\ncut 0\nsend \"y\"\n");
+    ScriptedClient& client = connects(8192);
+    EXPECT_TRUE(
+        waitUntil([&] { return !node_->sessions().empty() && node_->sessions().front().queued() == 0; }));
+    waitsFor(u"sent"_qs, 4);
+    for (int turn = 0; turn < 200; ++turn)
+        QCoreApplication::processEvents();
+    EXPECT_EQ(events(u"sent"_qs).size(), 4U);
+    client.hears(QByteArray(240'000, 'x') + 'y');
+    waitsFor(u"sent"_qs, 5);
+}
+
 TEST_F(NodeTest, sendsSpotsAtTheirRate)
 {
     plays("spots 120 at 400\n");
