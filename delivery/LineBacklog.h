@@ -24,7 +24,7 @@ public:
     using Deliver = std::function<void(const QString& line, const QString& source)>;
 
     /// The most characters (UTF-16 units) that wait: some 50,000 lines.
-    static constexpr qsizetype maximumLength = 4 * 1024 * 1024;
+    static constexpr qsizetype maximumLength = qsizetype{4} * 1024 * 1024;
 
     LineBacklog(Log& log, Deliver deliver);
 
