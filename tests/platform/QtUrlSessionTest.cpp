@@ -272,6 +272,12 @@ void drip(Connection& connection)
     }
 }
 
+TEST(QtUrlSession, EndsADrippingHeadAfterTheRequestTimeout)
+{
+    LoopbackHttpServer server([](Connection& connection, const std::string&) { drip(connection); });
+    expectError(get(server.url(), {{}, Seconds{0.5}, Seconds{60}}), u"No data came for 0.5 seconds."_s);
+}
+
 TEST(QtUrlSession, EndsADrippingTransferAfterTheResourceTimeoutOnly)
 {
     LoopbackHttpServer server([](Connection& connection, const std::string&) {
