@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/linux/BusConnection.h"
+#include "platform/linux/WakeUp.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace spotwell::bench
+{
+
+/// A logger of version 6.45 on the session bus that counts the lines it is notified of, on a thread of its
+/// own.
+class LineReceiver
+{
+public:
+    /// Called with each line, in UTF-8, on the receiver's thread.
+    using Received = std::function<void(std::string_view line)>;
+
+    /// `received` may be empty.
+    LineReceiver(std::string busAddress, Received received);
+    ~LineReceiver();
+    LineReceiver(const LineReceiver&) = delete;
+    LineReceiver& operator=(const LineReceiver&) = delete;
+
+    /// Returns when the logger is there; throws std::system_error when it cannot be.
+    void start();
+    /// Waits until `count` lines have come since the start, at most 10 s; whether they have.
+    bool waitFor(std::uint64_t count);
+    [[nodiscard]] std::uint64_t received() const;
+    /// What the receiving thread has used of the CPU.
+    [[nodiscard]] double cpuSeconds() const;
+
+private:
+    void connect();
+    void work();
+    static int lineArrived(sd_bus_message* signal, void* userdata, sd_bus_error*);
+
+    const std::string busAddress_;
+    const Received received_;
+    std::unique_ptr<sd_bus, BusRelease> bus_;
+    WakeUp ended_;
+    std::thread thread_;
+
+    mutable std::mutex mutex_; // guards all below
+    std::condition_variable arrived_;
+    std::uint64_t count_ = 0;
+    std::uint64_t awaited_ = 0;
+};
+
+} // namespace spotwell::bench

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <string>
+
+namespace spotwell::bench
+{
+
+/// A user's session of the benchmark's own in a temporary directory: home, session bus and, on request, a
+/// display without window manager and compositor. What cannot be started ends with std::runtime_error.
+class PrivateDesktop
+{
+public:
+    PrivateDesktop();
+    ~PrivateDesktop();
+    PrivateDesktop(const PrivateDesktop&) = delete;
+    PrivateDesktop& operator=(const PrivateDesktop&) = delete;
+
+    void startBus();
+    void startDisplay();
+
+    [[nodiscard]] std::string busAddress() const;
+    [[nodiscard]] qint64 busProcess() const { return bus_.processId(); }
+    [[nodiscard]] qint64 displayProcess() const { return display_.processId(); }
+    /// What a program of this session finds in its environment.
+    [[nodiscard]] QProcessEnvironment environment() const;
+    /// Writes the settings of a user who connects to `port` of this machine at the start.
+    void writeSettings(int port) const;
+    /// A rough sum of what the screen shows; it changes when something is painted.
+    [[nodiscard]] quint64 screenSum() const;
+
+private:
+    [[nodiscard]] QString path(const char* name) const;
+
+    QTemporaryDir directory_;
+    QProcess bus_;
+    QProcess display_;
+    QByteArray displayName_;
+    const quint64* screen_ = nullptr;
+    qint64 screenBytes_ = 0;
+};
+
+/// Waits for a line of `process`'s standard output, 20 s at most, and gives it without its line end.
+[[nodiscard]] QByteArray lineOf(QProcess& process);
+
+/// Asks `process` to end and waits for it; kills it after 5 s.
+void end(QProcess& process);
+
+} // namespace spotwell::bench

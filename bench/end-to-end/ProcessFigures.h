@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+#include <map>
+
+namespace spotwell::bench
+{
+
+/// What a process has used of the CPU, in seconds of user and system time together.
+struct CpuFigures {
+    double seconds = 0;
+    /// The same by the names of its present threads; threads of one name are added up.
+    std::map<QString, double> threads;
+};
+
+/// Of memory, in KiB.
+struct MemoryFigures {
+    /// The most that was resident at any time.
+    qint64 peak = 0;
+    /// What is resident now, each shared page divided by the number of its users.
+    qint64 proportional = 0;
+};
+
+// All read from /proc; a process that is gone gives zeros.
+
+[[nodiscard]] CpuFigures cpuOf(qint64 process);
+/// What was used between the two.
+[[nodiscard]] CpuFigures operator-(const CpuFigures& later, const CpuFigures& earlier);
+[[nodiscard]] MemoryFigures memoryOf(qint64 process);
+/// How often the present threads of the process have gone to sleep, and so were woken.
+[[nodiscard]] qint64 wakeUpsOf(qint64 process);
+
+} // namespace spotwell::bench
