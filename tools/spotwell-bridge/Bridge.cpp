@@ -69,7 +69,7 @@ JsonLine readUserInfo(sd_bus_message* message)
 
 int complain(const char* what, int error)
 {
-    std::fprintf(stderr, "spotwell-bridge: %s: %s\n", what, std::strerror(-error));
+    (void)std::fprintf(stderr, "spotwell-bridge: %s: %s\n", what, std::strerror(-error));
     return error;
 }
 
@@ -172,17 +172,21 @@ void Bridge::printReady()
     line.add(QStringLiteral("displayName"), options_.displayName);
     if (options_.version)
         line.add(QStringLiteral("version"), *options_.version);
-    std::puts(line.text().constData());
-    std::fflush(stdout);
+    write(line);
+}
+
+/// Whoever reads sees each line at once; when nobody can, there is nothing left to do.
+void Bridge::write(const JsonLine& line)
+{
+    if (std::puts(line.text().constData()) < 0 || std::fflush(stdout) != 0)
+        sd_event_exit(event_.get(), 1);
 }
 
 void Bridge::print(JsonLine& line)
 {
     line.add(QStringLiteral("received"), now());
-    if (options_.print) {
-        std::puts(line.text().constData());
-        std::fflush(stdout);
-    }
+    if (options_.print)
+        write(line);
     ++received_;
 }
 
@@ -199,7 +203,7 @@ int Bridge::notificationArrived(sd_bus_message* signal, void* userdata, sd_bus_e
     const char* object = nullptr;
     if (sd_bus_message_has_signature(signal, "ssa{sv}") <= 0 ||
         sd_bus_message_read(signal, "ss", &name, &object) <= 0) {
-        std::fputs("spotwell-bridge: a notification of another shape was left out\n", stderr);
+        (void)std::fputs("spotwell-bridge: a notification of another shape was left out\n", stderr);
         return 0;
     }
     JsonLine line;
@@ -276,7 +280,7 @@ int Bridge::getProperty(sd_bus*, const char*, const char*, const char* property,
 
 int Bridge::disconnected(sd_bus_message*, void* userdata, sd_bus_error*)
 {
-    std::fputs("spotwell-bridge: the session bus is gone\n", stderr);
+    (void)std::fputs("spotwell-bridge: the session bus is gone\n", stderr);
     sd_event_exit(static_cast<Bridge*>(userdata)->event_.get(), 1);
     return 0;
 }

@@ -36,6 +36,7 @@ private:
     int receiveNotifications();
     int arrangeEnd();
     void printReady();
+    void write(const JsonLine& line);
     void print(JsonLine& line);
     void endIfDone();
     int answerLater(sd_bus_message* call);

@@ -11,11 +11,11 @@ int main(int argc, char** argv)
     const spotwell::BridgeCommandLine commandLine =
         spotwell::readBridgeOptions(QCoreApplication::arguments());
     if (!commandLine.complaint.isEmpty()) {
-        std::fprintf(stderr, "spotwell-bridge: %s\n", commandLine.complaint.toUtf8().constData());
+        (void)std::fprintf(stderr, "spotwell-bridge: %s\n", commandLine.complaint.toUtf8().constData());
         return 2;
     }
     if (!commandLine.options) {
-        std::fputs(commandLine.help.toUtf8().constData(), stdout);
+        (void)std::fputs(commandLine.help.toUtf8().constData(), stdout);
         return 0;
     }
     return spotwell::Bridge(*commandLine.options).run();
