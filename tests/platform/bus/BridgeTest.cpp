@@ -110,6 +110,13 @@ TEST_F(BridgeTest, RefusesTheCommandLate)
     EXPECT_EQ(bridge->wait(), 0);
 }
 
+TEST_F(BridgeTest, RefusesTheCommandWithoutAWord)
+{
+    start({"--script-error", ""});
+    BusScriptRunner runner(sessionBus, applications, log);
+    EXPECT_EQ(runner.run(script), u"com.tarnbrooksoftware.Scripting.Error.Failed"_s);
+}
+
 TEST_F(BridgeTest, EndsAsAsked)
 {
     for (const int number : {SIGTERM, SIGINT}) {

@@ -44,6 +44,8 @@ QStringList BusPeer::next()
 
 int BusPeer::count(const QString& kind)
 {
+    // The first brings what is under way to the peer, which sees it before it reads the second.
+    command({QStringLiteral("sync")});
     command({QStringLiteral("sync")});
     return static_cast<int>(std::count_if(
         seen_.begin(), seen_.end(), [&kind](const QStringList& fields) { return fields.first() == kind; }));
