@@ -25,9 +25,9 @@ inline constexpr UpperHalf nextStepUpperHalf{
     // clang-format on
 };
 
-/// The Symbol font's encoding, as in Adobe's symbol.txt (its private use values for parts of brackets and for the
-/// serif and sans serif marks included). Where that file gives two characters for a byte, the Greek letter or the
-/// blank is meant. The control characters below 20, which it leaves out, stand for themselves.
+/// The Symbol font's encoding, as in Adobe's symbol.txt (its private use values for parts of brackets and for
+/// the serif and sans serif marks included). Where that file gives two characters for a byte, the Greek
+/// letter or the blank is meant. The control characters below 20, which it leaves out, stand for themselves.
 inline constexpr WholeSet symbolSet{
     // clang-format off
     0x0000, 0x0001, 0x0002, 0x0003, 0x0004, 0x0005, 0x0006, 0x0007, 0x0008, 0x0009, 0x000A, 0x000B, 0x000C, 0x000D, 0x000E, 0x000F,

@@ -5,8 +5,8 @@
 namespace spotwell
 {
 
-// The upper halves (bytes 80 to FF) of the single-byte character sets, as the Unicode Consortium publishes them
-// (CP1250.TXT to CP1254.TXT, 8859-2.TXT, ROMAN.TXT); 0 where a byte is not defined.
+// The upper halves (bytes 80 to FF) of the single-byte character sets, as the Unicode Consortium publishes
+// them (CP1250.TXT to CP1254.TXT, 8859-2.TXT, ROMAN.TXT); 0 where a byte is not defined.
 
 using UpperHalfTable = std::array<char16_t, 128>;
 
