@@ -1,0 +1,75 @@
+#include "tests/integration/RunningProgram.h"
+
+#include "tests/fakes/WaitUntil.h"
+
+#include <QFile>
+
+#include <csignal>
+#include <stdexcept>
+
+namespace spotwell
+{
+
+RunningProgram::RunningProgram(const Home& home, const std::string& busAddress, const QStringList& variables)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    const QStringList own{QStringLiteral("QT_QPA_PLATFORM=xcb"), QStringLiteral("LC_ALL=C.UTF-8"),
+                          QStringLiteral("DBUS_SESSION_BUS_ADDRESS=") + QString::fromStdString(busAddress)};
+    for (const QString& variable : own + home.environment() + variables) {
+        const qsizetype sign = variable.indexOf(QLatin1Char('='));
+        environment.insert(variable.first(sign), variable.mid(sign + 1));
+    }
+    process_.setProcessEnvironment(environment);
+    process_.setStandardInputFile(QProcess::nullDevice());
+    process_.start(QStringLiteral(SPOTWELL), QStringList());
+    if (!process_.waitForStarted())
+        throw std::runtime_error("cannot start " SPOTWELL);
+}
+
+RunningProgram::~RunningProgram()
+{
+    process_.kill();
+    process_.waitForFinished();
+}
+
+void RunningProgram::signal(int number) const
+{
+    if (process_.processId() > 0)
+        ::kill(static_cast<pid_t>(process_.processId()), number);
+}
+
+std::optional<int> RunningProgram::waitForEnd()
+{
+    if (!waitUntil([this] { return !isRunning(); }) || process_.exitStatus() != QProcess::NormalExit)
+        return std::nullopt;
+    return process_.exitCode();
+}
+
+std::optional<std::chrono::duration<double>> RunningProgram::end(int signalNumber)
+{
+    const auto asked = std::chrono::steady_clock::now();
+    signal(signalNumber);
+    if (waitForEnd() != 0)
+        return std::nullopt;
+    return std::chrono::steady_clock::now() - asked;
+}
+
+QByteArray RunningProgram::standardError()
+{
+    return standardError_ += process_.readAllStandardError();
+}
+
+qint64 RunningProgram::residentKiB() const
+{
+    QFile file(QStringLiteral("/proc/%1/status").arg(process_.processId()));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).chopped(3).trimmed().toLongLong();
+    }
+    return 0;
+}
+
+} // namespace spotwell

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "tests/integration/Home.h"
+
+#include <QProcess>
+
+#include <chrono>
+#include <optional>
+
+namespace spotwell
+{
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+/// Sanitizers make the program several times slower, and at its end they still look for leaks.
+inline constexpr int slowness = 8;
+inline constexpr bool sanitized = true;
+#else
+inline constexpr int slowness = 1;
+inline constexpr bool sanitized = false;
+#endif
+
+/// The shipped program as a process; killed at the latest when destroyed.
+class RunningProgram
+{
+public:
+    /// Starts it. `variables`, "NAME=VALUE", are added to the test's own environment and to the home's.
+    RunningProgram(const Home& home, const std::string& busAddress, const QStringList& variables = {});
+    ~RunningProgram();
+    RunningProgram(const RunningProgram&) = delete;
+    RunningProgram& operator=(const RunningProgram&) = delete;
+
+    void signal(int number) const;
+    [[nodiscard]] bool isRunning() const { return process_.state() != QProcess::NotRunning; }
+    /// Waits for its end. The exit code; absent when a signal ended it or it does not end.
+    std::optional<int> waitForEnd();
+    /// Ends it with a signal. How long that took; absent when it did not end with exit code 0.
+    std::optional<std::chrono::duration<double>> end(int signalNumber);
+    /// What came on the standard error stream it was started with.
+    QByteArray standardError();
+    /// The memory it has in use, in KiB.
+    [[nodiscard]] qint64 residentKiB() const;
+
+private:
+    QProcess process_;
+    QByteArray standardError_;
+};
+
+} // namespace spotwell
