@@ -252,7 +252,12 @@ void AppDelegate::lgwtStatusTimer()
 
 void AppDelegate::setLogwrightRunning(bool running)
 {
-    window.lgwtRunningButton->setIcon(running ? greenBulb : greyBulb);
+    // Every spot line brings the finding anew; setting the same icon again would lay out and paint the
+    // button.
+    const QIcon& bulb = running ? greenBulb : greyBulb;
+    if (window.lgwtRunningButton->icon().cacheKey() == bulb.cacheKey())
+        return;
+    window.lgwtRunningButton->setIcon(bulb);
     window.setLogwrightRunning(running);
 }
 

@@ -1,5 +1,6 @@
 #include "tests/app/FakeProgram.h"
 
+#include <QEvent>
 #include <gtest/gtest.h>
 
 namespace spotwell
@@ -7,6 +8,19 @@ namespace spotwell
 
 namespace
 {
+
+/// Counts how often a widget is told its tooltip, the same one included.
+class ToolTipCounter final : public QObject
+{
+public:
+    int changes = 0;
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        changes += event->type() == QEvent::ToolTipChange ? 1 : 0;
+        return false;
+    }
+};
 
 const QByteArray spotLine = "DX de N0CALL:    21205.0  X1X          CQ                             1428Z";
 
@@ -180,6 +194,25 @@ TEST_F(AppDelegateTest, TheBulbFollowsTheLoggerEveryFiveSeconds)
     EXPECT_EQ(window.lgwtRunningButton->icon().cacheKey(), grey);
     EXPECT_EQ(window.lgwtRunningButton->toolTip(), QStringLiteral("Logwright is not running"));
     EXPECT_TRUE(program.log.lines.isEmpty()) << "the ticks log nothing";
+}
+
+TEST_F(AppDelegateTest, AFindingThatIsShownAlreadyLeavesTheBulbAlone)
+{
+    program.applications.add(loggerName(), QStringLiteral("6.45"));
+    ToolTipCounter counter;
+    window.lgwtRunningButton->installEventFilter(&counter);
+    FakeConnection& node = connect();
+    node.receive(spotLine + "\r\n");
+    program.runQueues();
+    EXPECT_EQ(counter.changes, 1);
+    node.receive(spotLine + "\r\n" + spotLine + "\r\n");
+    program.runQueues();
+    program.mainQueue.advance(Seconds{5});
+    EXPECT_EQ(counter.changes, 1);
+    program.applications.applications.clear();
+    node.receive(spotLine + "\r\n");
+    program.runQueues();
+    EXPECT_EQ(counter.changes, 2);
 }
 
 TEST_F(AppDelegateTest, ShowsTheLogFileInItsFolder)
