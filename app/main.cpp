@@ -22,7 +22,8 @@ int main(int argc, char** argv)
     MainWindow window;
     AppDelegate delegate(platform.services(), window, LinuxPlatform::logDirectory(),
                          QStringLiteral(SPOTWELL_VERSION));
-    platform.onTermination([] { QApplication::quit(); });
+    // Not quit(), which would ask the window first.
+    platform.onTermination([] { QApplication::exit(0); });
     QObject::connect(&application, &QApplication::aboutToQuit, &window, [&] {
         delegate.applicationWillTerminate();
         platform.prepareToEnd();

@@ -25,10 +25,19 @@
 namespace spotwell
 {
 
+namespace
+{
+
+constexpr std::chrono::milliseconds longestEnd{800};
+
+} // namespace
+
 struct LinuxPlatform::Parts {
     explicit Parts(const QString& version) : userAgent(QStringLiteral("spotwell/") + version) {}
 
     const QString userAgent;
+    // First, so that a second signal finds it until the very end.
+    std::unique_ptr<TerminationSignals> signals;
     SystemClock clock;
     StandardErrorLog log;
     PosixProcessServices process;
@@ -37,14 +46,15 @@ struct LinuxPlatform::Parts {
     PosixSocketStreams sockets;
     // depends-on: log
     SettingsUserDefaults userDefaults{QStringLiteral("tarnbrooksoftware"), QStringLiteral("spotwell"), log};
+    // depends-on: log
     SessionBus bus{log};
     // depends-on: bus, log
     BusNotificationCenter notificationCenter{bus, log};
     BusRunningApplications runningApplications{bus, log};
-    // depends-on: bus, runningApplications
+    // depends-on: bus, runningApplications, log
     BusScriptRunner scriptRunner{bus, runningApplications, log};
+    // depends-on: bus, log
     DesktopFileViewer fileViewer{bus, log};
-    std::unique_ptr<TerminationSignals> signals;
 };
 
 void LinuxPlatform::prepareProcess()
@@ -90,7 +100,12 @@ void LinuxPlatform::onTermination(std::function<void()> requested)
 
 void LinuxPlatform::prepareToEnd()
 {
+    parts_->userDefaults.save();
     parts_->scriptRunner.cancel();
+    std::thread([] {
+        std::this_thread::sleep_for(longestEnd);
+        std::_Exit(EXIT_SUCCESS);
+    }).detach();
 }
 
 } // namespace spotwell

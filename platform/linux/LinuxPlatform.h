@@ -27,7 +27,9 @@ public:
     [[nodiscard]] Platform services();
     /// `requested` runs on the main thread when the system asks the process to end.
     void onTermination(std::function<void()> requested);
-    /// Lets go of whatever waits for another program, so that the process can end at once.
+    /// Saves the settings and lets go of whatever waits for another program. From here on the process ends
+    /// within a second, with code 0, also where something that cannot be interrupted (a proxy look-up, a
+    /// display server that hangs) would hold its ordinary end.
     void prepareToEnd();
 
 private:

@@ -6,13 +6,20 @@ namespace spotwell
 SettingsUserDefaults::SettingsUserDefaults(const QString& organization, const QString& application, Log& log)
     : log_(log), settings_(organization, application)
 {
+    // The user's own file and no other: a key that was never written has no value.
+    settings_.setFallbacksEnabled(false);
 }
 
 SettingsUserDefaults::~SettingsUserDefaults()
 {
+    save();
+}
+
+void SettingsUserDefaults::save()
+{
     settings_.sync();
     if (settings_.status() != QSettings::NoError)
-        log_.line(QStringLiteral("SettingsUserDefaults:could not write %1").arg(settings_.fileName()));
+        log_.line(QStringLiteral("save: could not write %1").arg(settings_.fileName()));
 }
 
 std::optional<QString> SettingsUserDefaults::string(const QString& key) const

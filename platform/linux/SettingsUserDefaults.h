@@ -23,6 +23,9 @@ public:
     void setString(const QString& key, const QString& value) override;
     void setBoolean(const QString& key, bool value) override;
 
+    /// Writes the file now; a failure goes to the log.
+    void save();
+
 private:
     Log& log_;
     QSettings settings_;

@@ -30,13 +30,16 @@ void handleSignal(int)
 
 void setHandler(void (*handler)(int))
 {
-    struct sigaction action {
-    };
+    struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    for (const int signal : terminationSignals)
-        ::sigaction(signal, &action, nullptr);
+    for (const int signal : terminationSignals) {
+        struct sigaction before = {};
+        // A signal that the parent has switched off (nohup) stays off.
+        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+            ::sigaction(signal, &action, nullptr);
+    }
 }
 
 } // namespace

@@ -101,12 +101,33 @@ TEST_F(SettingsUserDefaultsTest, ReadsWhatAPersonWrote)
     EXPECT_TRUE(defaults->boolean(QStringLiteral("dark")));
 }
 
+TEST_F(SettingsUserDefaultsTest, ReadsNoOtherFileOfItsMaker)
+{
+    QFile file(directory.filePath(QStringLiteral("tarnbrooksoftware.conf")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("[General]\ndark=true\nport=7300\n");
+    file.close();
+    const auto defaults = store();
+    EXPECT_FALSE(defaults->boolean(QStringLiteral("dark")));
+    EXPECT_EQ(defaults->string(QStringLiteral("port")), std::nullopt);
+}
+
+TEST_F(SettingsUserDefaultsTest, SavesWhenTold)
+{
+    const auto defaults = store();
+    defaults->setString(QStringLiteral("port"), QStringLiteral("7300"));
+    defaults->save();
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().contains("port=7300"));
+}
+
 TEST_F(SettingsUserDefaultsTest, SaysWhenItCannotWrite)
 {
     QFile inTheWay(directory.filePath(QStringLiteral("tarnbrooksoftware")));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     store()->setBoolean(QStringLiteral("dark"), true);
-    EXPECT_EQ(log.lines, QStringList{QStringLiteral("SettingsUserDefaults:could not write ") + path()});
+    EXPECT_EQ(log.lines, QStringList{QStringLiteral("save: could not write ") + path()});
 }
 
 TEST(DebugLogDirectory, FollowsTheStateDirectory)

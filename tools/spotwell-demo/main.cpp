@@ -65,7 +65,8 @@ int main(int argc, char** argv)
                           real.notificationCenter, real.runningApplications, real.scriptRunner,
                           real.fileViewer, settings, real.textConverter, real.process, real.log},
                          window, logs.path(), QStringLiteral(SPOTWELL_VERSION));
-    platform.onTermination([] { QApplication::quit(); });
+    // Not quit(), which would ask the window first.
+    platform.onTermination([] { QApplication::exit(0); });
     QObject::connect(&application, &QApplication::aboutToQuit, &window, [&] {
         if (!options.screenshot.isEmpty() && !window.grab().save(options.screenshot))
             std::printf("could not write %s\n", qPrintable(options.screenshot));
@@ -76,8 +77,10 @@ int main(int argc, char** argv)
     delegate.applicationDidFinishLaunching();
     window.show();
     QTimer::singleShot(2000, &window, [&] { delegate.testSendSpot(); });
-    QTimer::singleShot(3000, &window, [&] { delegate.testSendSpotLine(); });
+    // An older logger takes the line by script, which has to be waited for.
+    const auto testQueue = real.makeSerialQueue(QStringLiteral("com.tarnbrooksoftware.spotwell_demo_queue"));
+    QTimer::singleShot(3000, &window, [&] { testQueue->async([&] { delegate.testSendSpotLine(); }); });
     if (options.seconds > 0)
-        QTimer::singleShot(options.seconds * 1000, &application, &QApplication::quit);
+        QTimer::singleShot(options.seconds * 1000, &application, [] { QApplication::exit(0); });
     return QApplication::exec();
 }
