@@ -10,8 +10,8 @@ LineBacklog::LineBacklog(Log& log, Deliver deliver) : log_(log), deliver_(std::m
 
 void LineBacklog::add(SerialQueue& queue, const QString& line, const QString& source)
 {
-    bool dropped = false;
     bool lossBegins = false;
+    bool needsTurn = false;
     {
         const std::lock_guard guard(mutex_);
         waiting_.push_back({line, source});
@@ -19,15 +19,17 @@ void LineBacklog::add(SerialQueue& queue, const QString& line, const QString& so
         while (length_ > maximumLength && waiting_.size() > 1) {
             length_ -= waiting_.front().line.size();
             waiting_.pop_front();
-            dropped = true;
             lossBegins = lossBegins || !std::exchange(losing_, true);
         }
+        // Lines that were pushed out leave their turns to those behind, so that turns are bounded, too.
+        needsTurn = turns_ < waiting_.size();
+        if (needsTurn)
+            ++turns_;
     }
     if (lossBegins)
         log_.line(
-            QStringLiteral("LineBacklog: too many lines are waiting for Logwright, dropping the oldest"));
-    // The new line takes over the turn of the one it pushed out, so that turns are bounded, too.
-    if (!dropped)
+            QStringLiteral("takeSpotLine: too many lines are waiting for Logwright, dropping the oldest"));
+    if (needsTurn)
         queue.async([this] { deliverNext(); });
 }
 
@@ -36,7 +38,7 @@ void LineBacklog::deliverNext()
     std::optional<Waiting> next;
     {
         const std::lock_guard guard(mutex_);
-        // A long line may have pushed out several; their other turns find nothing.
+        --turns_;
         if (waiting_.empty())
             return;
         next = std::move(waiting_.front());

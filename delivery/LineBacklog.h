@@ -44,6 +44,8 @@ private:
     std::mutex mutex_;
     std::deque<Waiting> waiting_;
     qsizetype length_ = 0;
+    /// How many tasks on the queue are still to take a line.
+    std::size_t turns_ = 0;
     bool losing_ = false;
 };
 

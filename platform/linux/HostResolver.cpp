@@ -7,6 +7,7 @@
 #include <cstring>
 #include <deque>
 #include <netdb.h>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -33,6 +34,22 @@ struct HostResolver::Mailbox {
         HostLookup lookup;
     };
 
+    /// Counts one more look-up; false when there are too many.
+    bool begin()
+    {
+        const std::lock_guard guard(mutex);
+        if (underWay == mostLookUps)
+            return false;
+        ++underWay;
+        return true;
+    }
+
+    void end()
+    {
+        const std::lock_guard guard(mutex);
+        --underWay;
+    }
+
     void put(Outcome outcome)
     {
         const std::lock_guard guard(mutex);
@@ -58,6 +75,7 @@ struct HostResolver::Mailbox {
     std::mutex mutex;
     std::deque<Outcome> outcomes;
     std::unique_ptr<Receiver> receiver;
+    int underWay = 0;
 };
 
 HostResolver::HostResolver() : mailbox_(std::make_shared<Mailbox>())
@@ -75,10 +93,21 @@ HostResolver::~HostResolver()
 void HostResolver::lookUp(const QString& host, std::uint16_t port, std::weak_ptr<void> context,
                           Handler handler)
 {
-    std::thread([mailbox = mailbox_, host, port, context = std::move(context),
-                 handler = std::move(handler)]() mutable {
-        mailbox->put({std::move(context), std::move(handler), resolveHost(host, port)});
-    }).detach();
+    int error = EAGAIN;
+    if (mailbox_->begin()) {
+        try {
+            std::thread([mailbox = mailbox_, host, port, context, handler] {
+                mailbox->put({context, handler, resolveHost(host, port)});
+                mailbox->end();
+            }).detach();
+            return;
+        } catch (const std::system_error& failure) {
+            error = failure.code().value();
+            mailbox_->end();
+        }
+    }
+    mailbox_->put(
+        {std::move(context), std::move(handler), {{}, QString::fromLocal8Bit(std::strerror(error))}});
 }
 
 HostLookup resolveHost(const QString& host, std::uint16_t port)

@@ -31,7 +31,7 @@ struct HostLookup {
 ///
 /// A look-up runs on a detached thread, because nothing can interrupt the system's resolver and the program
 /// must be able to end while a name server stays silent.
-class HostResolver : public std::enable_shared_from_this<HostResolver>
+class HostResolver
 {
 public:
     using Handler = std::function<void(const HostLookup&)>;
@@ -40,6 +40,10 @@ public:
     ~HostResolver();
     HostResolver(const HostResolver&) = delete;
     HostResolver& operator=(const HostResolver&) = delete;
+
+    /// The most look-ups at a time. Silent name servers hold each for a while, however often it is asked
+    /// again.
+    static constexpr int mostLookUps = 16;
 
     /// Looks `host` up for TCP on `port`; `handler` runs on the main thread, never inside this call, unless
     /// `context` has gone by then.

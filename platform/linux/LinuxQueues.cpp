@@ -4,7 +4,10 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
+#include <chrono>
 #include <pthread.h>
+#include <system_error>
 #include <utility>
 
 namespace spotwell
@@ -40,7 +43,11 @@ void QtMainQueue::async(Task task)
 void QtMainQueue::after(Seconds delay, Task task)
 {
     if (!isMainThread()) {
-        async([this, delay, task = std::move(task)]() mutable { after(delay, std::move(task)); });
+        // The delay counts from this call, however long the main thread takes to hear of it.
+        const auto due = std::chrono::steady_clock::now() + delay;
+        async([this, due, task = std::move(task)]() mutable {
+            after(std::max(Seconds{0}, Seconds(due - std::chrono::steady_clock::now())), std::move(task));
+        });
         return;
     }
     QTimer::singleShot(wholeMilliseconds(delay), Qt::PreciseTimer, this, std::move(task));
@@ -50,6 +57,8 @@ void QtMainQueue::every(Seconds interval, Task task)
 {
     auto* timer = new QTimer(this);
     QObject::connect(timer, &QTimer::timeout, this, std::move(task));
+    // Timers of one interval started together fire together, so precision costs no wake-up.
+    timer->setTimerType(Qt::PreciseTimer);
     timer->start(wholeMilliseconds(interval));
 }
 
@@ -97,10 +106,21 @@ void ThreadSerialQueue::async(Task task)
         if (ending_)
             return;
         tasks_.push_back(std::move(task));
-        if (!thread_.joinable())
-            thread_ = std::thread([this] { run(); });
+        beginThread();
     }
     changed_.notify_all();
+}
+
+void ThreadSerialQueue::beginThread()
+{
+    if (thread_.joinable())
+        return;
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (const std::system_error&) {
+        // Out of threads for now: the task waits, and the next one tries again.
+        return;
+    }
 }
 
 bool ThreadSerialQueue::pause(Seconds duration)

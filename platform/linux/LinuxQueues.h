@@ -47,6 +47,7 @@ public:
     [[nodiscard]] QString label() const override { return label_; }
 
 private:
+    void beginThread();
     void run();
 
     const QString label_;

@@ -208,11 +208,17 @@ void SocketConnection::fail(const QString& description)
     error_ = description;
     if (readNotifier_)
         readNotifier_->setEnabled(false);
+    // Both directions have failed before either is told.
+    std::array<Side*, 2> failed{};
     for (Side* side : {&input, &output}) {
         if (side->status != StreamStatus::notOpen && side->status != StreamStatus::closed) {
             side->status = StreamStatus::error;
-            deliver(*side, StreamEvent::errorOccurred);
+            failed[side == &input ? 0 : 1] = side;
         }
+    }
+    for (Side* side : failed) {
+        if (side && side->status == StreamStatus::error)
+            deliver(*side, StreamEvent::errorOccurred);
     }
 }
 

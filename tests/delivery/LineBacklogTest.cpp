@@ -47,7 +47,7 @@ TEST_F(LineBacklogTest, DropsTheOldestPastTheBoundAndSaysSoOnce)
     add(QStringLiteral("4"));
     add(QStringLiteral("5") + quarter.mid(1));
     EXPECT_EQ(log.lines, QStringList{QStringLiteral(
-                             "LineBacklog: too many lines are waiting for Logwright, dropping the oldest")});
+                             "takeSpotLine: too many lines are waiting for Logwright, dropping the oldest")});
     EXPECT_LE(queue.pendingCount(), 4U) << "the turns on the queue are bounded, too";
     queue.runPending();
     ASSERT_EQ(delivered.size(), 4);
@@ -76,6 +76,23 @@ TEST_F(LineBacklogTest, StaysBoundedOverAnEndlessHang)
     EXPECT_LE(queue.pendingCount(), static_cast<std::size_t>(LineBacklog::maximumLength / 80 + 1));
     queue.runPending();
     EXPECT_EQ(delivered.size(), LineBacklog::maximumLength / 80);
+}
+
+TEST_F(LineBacklogTest, StaysBoundedWhenLongLinesPushOutManyShortOnes)
+{
+    std::size_t mostTurns = 0;
+    for (int round = 0; round < 2000; ++round) {
+        add(QString(16383, u'x'));
+        for (int i = 0; i < 200; ++i)
+            add(QString(80, u'y'));
+        mostTurns = std::max(mostTurns, queue.pendingCount());
+    }
+    EXPECT_LE(mostTurns, static_cast<std::size_t>(LineBacklog::maximumLength / 80 + 1));
+    queue.runPending();
+    EXPECT_EQ(delivered.last(), QString(80, u'y'));
+    add(QStringLiteral("next"));
+    queue.runPending();
+    EXPECT_EQ(delivered.last(), QStringLiteral("next"));
 }
 
 } // namespace spotwell

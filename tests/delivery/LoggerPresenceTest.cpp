@@ -103,4 +103,11 @@ TEST_F(LoggerPresenceTest, LogsWhatItFoundWhenAsked)
     EXPECT_EQ(log.lines, QStringList{QStringLiteral("appIsRunning:Logwright Version 6.10 beta is running")});
 }
 
+TEST_F(LoggerPresenceTest, LogsAMissingVersionAsNull)
+{
+    applications.add(loggerName(), std::nullopt);
+    EXPECT_TRUE(presence.appIsRunning(loggerName(), true, &version));
+    EXPECT_EQ(log.lines, QStringList{QStringLiteral("appIsRunning:Logwright Version (null) is running")});
+}
+
 } // namespace spotwell

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <limits>
 
 namespace spotwell
@@ -103,15 +102,6 @@ TEST(SpotConsoleLine, ShowsTheFrequencyInKilohertzWithOneDecimal)
         const QString shown = QString::fromLatin1(row.shown);
         EXPECT_EQ(spotConsoleLine(spot).mid(21, shown.size()), shown);
     }
-}
-
-TEST(SpotConsoleLine, DoesNotFollowTheLocale)
-{
-    const char* before = std::setlocale(LC_ALL, nullptr);
-    const std::string kept = before ? before : "C";
-    std::setlocale(LC_ALL, "de_DE.UTF-8");
-    EXPECT_TRUE(spotConsoleLine(potaSpot()).contains(QStringLiteral("14074.0")));
-    std::setlocale(LC_ALL, kept.c_str());
 }
 
 TEST(SpotConsoleLine, AddsTheParkBehindOneSpace)
