@@ -39,7 +39,7 @@ AppDelegate::AppDelegate(Platform platform, MainWindow& mainWindow, QString logD
       spotNotification_([this](const QString& text) { appendText(text); }, platform_.notificationCenter),
       lineDelivery_(presence_, platform_.notificationCenter, platform_.scriptRunner, platform_.mainQueue,
                     platform_.log,
-                    {[this](bool running) { setLogwrightRunning(running); },
+                    {[this](bool running) { showLineFinding(running); },
                      [this](const QString& text) { appendText(text); }}),
       lineBacklog_(platform_.log,
                    [this](const QString& line, const QString& node) {
@@ -177,7 +177,7 @@ void AppDelegate::darkWindows(bool dark)
 void AppDelegate::appendText(const QString& text, ConsoleView* textView)
 {
     if (textView)
-        textView->appendText(text);
+        textView->appendText(text, statusLine_);
 }
 
 void AppDelegate::connectedPressed()
@@ -252,13 +252,16 @@ void AppDelegate::lgwtStatusTimer()
 
 void AppDelegate::setLogwrightRunning(bool running)
 {
-    // Every spot line brings the finding anew; setting the same icon again would lay out and paint the
-    // button.
-    const QIcon& bulb = running ? greenBulb : greyBulb;
-    if (window.lgwtRunningButton->icon().cacheKey() == bulb.cacheKey())
-        return;
-    window.lgwtRunningButton->setIcon(bulb);
+    window.lgwtRunningButton->setIcon(running ? greenBulb : greyBulb);
     window.setLogwrightRunning(running);
+    shownRunning_ = running;
+}
+
+void AppDelegate::showLineFinding(bool running)
+{
+    // Every line brings a finding; setting the same image again would lay out and paint the button each time.
+    if (shownRunning_ != running)
+        setLogwrightRunning(running);
 }
 
 QString AppDelegate::dxclusterText() const

@@ -16,6 +16,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 
 namespace spotwell
 {
@@ -50,8 +51,8 @@ public:
     void darkCheckBoxChanged();
     void showDebugLogFolder();
 
-    /// Sends the built-in test line to the logger. On the calling thread; not the main one where an older
-    /// logger, which takes scripts, may be slow.
+    /// Sends the built-in test line to the logger and waits for it on the calling thread; an older logger,
+    /// which takes scripts, may be slow. From any thread.
     void testSendSpotLine();
     /// Shows and posts the built-in test spot.
     void testSendSpot();
@@ -70,6 +71,7 @@ private:
     void scheduleTimers();
     void connectAtLaunch();
     void setLogwrightRunning(bool running);
+    void showLineFinding(bool running);
 
     void lgwtStatusTimer();
     // What these watch over and poll comes with the supervision and the web feeds.
@@ -99,7 +101,9 @@ private:
     ConsoleView statusLine_;
     QIcon greenBulb;
     QIcon greyBulb;
-    // depends-on: the log, the clock, the main queue
+    // What the bulb shows; nothing before the first finding.
+    std::optional<bool> shownRunning_;
+    // depends-on: the log, the clock, the main queue, the process services
     DiagnosticsLog diagnostics_;
     // What the buffer queue may know of the password field.
     std::atomic<bool> passwordIsEmpty_ = true;
@@ -107,11 +111,12 @@ private:
     LoggerPresence presence_;
     // depends-on: statusLine_, the notification center
     SpotNotification spotNotification_;
-    // depends-on: presence_, statusLine_, window, the notification center, the script runner
+    // depends-on: presence_, statusLine_, window, the notification center, the script runner, the main queue,
+    // the log
     LineDelivery lineDelivery_;
-    // depends-on: lineDelivery_
+    // depends-on: lineDelivery_, the log
     LineBacklog lineBacklog_;
-    // depends-on: this object as its host, the sockets, the main queue
+    // depends-on: this object as its host, the sockets, the main queue, the clock, the converter, the log
     ClusterSession clusterSession_;
 
     TimePoint _lastKeepAliveMessageTime = distantPast;

@@ -47,14 +47,18 @@ void ClusterSession::openTelnetConnection()
     _lastRecievedMessageTime = clock_.now();
     log_.line(QStringLiteral("openTelnetConnection"));
     host_.appendText(QStringLiteral("openTelnetConnection"));
-    _telnetHostName = host_.dxclusterText();
+    const QString hostName = host_.dxclusterText();
+    {
+        const std::lock_guard guard(hostNameMutex_);
+        _telnetHostName = hostName;
+    }
     const std::uint32_t port = clusterPort(host_.portText());
     const auto shownPort = static_cast<std::int32_t>(port);
 
-    StreamPair pair = sockets_.createPairWithSocketToHost(_telnetHostName, port);
+    StreamPair pair = sockets_.createPairWithSocketToHost(hostName, port);
     if (!pair.input || !pair.output) {
         log_.line(QStringLiteral("Unable to reach server DXCluster Node:%1 on Port:%2")
-                      .arg(_telnetHostName, QString::number(shownPort)));
+                      .arg(hostName, QString::number(shownPort)));
         host_.setConnected(false);
         return;
     }
@@ -68,12 +72,18 @@ void ClusterSession::openTelnetConnection()
         iStream->holdEvents(true);
     _bufferOverRunCount = 0;
     log_.line(QStringLiteral("Node:%1 Opened on Port:%2 istream status:[%3] ostream status:[%4]")
-                  .arg(_telnetHostName, QString::number(shownPort),
+                  .arg(hostName, QString::number(shownPort),
                        QString::number(static_cast<int>(iStream->status())),
                        QString::number(static_cast<int>(oStream->status()))));
     _sessionStartupTime = clock_.now();
     host_.setConnected(true);
     loggedIn = false;
+}
+
+QString ClusterSession::telnetHostName() const
+{
+    const std::lock_guard guard(hostNameMutex_);
+    return _telnetHostName;
 }
 
 void ClusterSession::closeTelnetConnection()
@@ -176,7 +186,7 @@ void ClusterSession::treatLines(const QString& text)
 {
     if (++waitingReads_ == mostWaitingReads && iStream)
         iStream->holdEvents(true);
-    host_.bufferQueue().async([this, lines = linesOfChunk(text), node = _telnetHostName] {
+    host_.bufferQueue().async([this, lines = linesOfChunk(text), node = telnetHostName()] {
         lineAssembly_.processInputStream(lines, node);
         // Behind the lines' own console tasks, so that these count as waiting, too.
         mainQueue_.async([this] { readTreated(); });

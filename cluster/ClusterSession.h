@@ -14,6 +14,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 
 namespace spotwell
 {
@@ -43,8 +44,16 @@ public:
     [[nodiscard]] bool promptsAreArmed() const override { return connectionJustOpenned; }
     void setLoggedIn() override { loggedIn = true; }
 
-    /// The node of the current connection; empty before the first.
-    [[nodiscard]] const QString& telnetHostName() const { return _telnetHostName; }
+    /// The node of the current connection; empty before the first. From any thread.
+    [[nodiscard]] QString telnetHostName() const;
+    /// Whether the login was sent on the current connection.
+    [[nodiscard]] bool isLoggedIn() const { return loggedIn; }
+    /// The bytes read on the current connection, as a 32-bit number.
+    [[nodiscard]] std::int32_t bytesReceived() const { return bytesReceivedOnThisConnection; }
+    /// When the streams of the current connection were made; the distant past before the first.
+    [[nodiscard]] TimePoint sessionStartupTime() const { return _sessionStartupTime; }
+    /// When the last read succeeded or the last open was tried; the distant past before that.
+    [[nodiscard]] TimePoint lastRecievedMessageTime() const { return _lastRecievedMessageTime; }
 
 private:
     /// The most reads that wait for their treatment and display.
@@ -63,6 +72,7 @@ private:
     Log& log_;
     LineAssembly lineAssembly_;
 
+    mutable std::mutex hostNameMutex_; // guards _telnetHostName
     QString _telnetHostName;
     TimePoint _sessionStartupTime = distantPast;
     TimePoint _lastRecievedMessageTime = distantPast;

@@ -74,12 +74,12 @@ void ConsoleView::setUpWidget()
     widget_.document()->setDefaultTextOption(option);
 }
 
-void ConsoleView::appendText(const QString& text)
+void ConsoleView::appendText(const QString& text, const ConsoleView& outlet)
 {
     if (text.isEmpty())
         return;
     text_.append(text);
-    scrollWanted_ = scrollWanted_ || text_.length() >= ConsoleText::scrollThreshold;
+    scrollWanted_ = scrollWanted_ || outlet.text_.length() >= ConsoleText::scrollThreshold;
     scheduleFlush();
 }
 

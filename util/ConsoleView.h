@@ -40,7 +40,10 @@ public:
                 SteadyNow now = &std::chrono::steady_clock::now);
 
     /// Adds an entry and brings the end into view; an empty text changes nothing.
-    void appendText(const QString& text);
+    void appendText(const QString& text) { appendText(text, *this); }
+    /// Likewise, but it is `outlet`, the console, whose length decides whether there is an end to bring into
+    /// view.
+    void appendText(const QString& text, const ConsoleView& outlet);
 
     /// Cuts whole lines from the start until at most `maximum` characters are left; the count removed.
     int removeStartLinesUntil(int maximum);

@@ -8,9 +8,9 @@
 namespace spotwell
 {
 
-// The string operations that the whole program shares. Lengths and positions count UTF-16 units. A character
-// set is given as the text of its members, each member one unit. An operation that finds nothing to do
-// returns the receiver itself. All are pure and callable from any thread.
+// TarnbrookAdditions: the string operations that the whole program shares. Lengths and positions count UTF-16
+// units. A character set is given as the text of its members, each member one unit. An operation that finds
+// nothing to do returns the receiver itself. All are pure and callable from any thread.
 
 /// The receiver without double quotes and apostrophes.
 [[nodiscard]] QString removeAllQuotes(const QString& receiver);
