@@ -5,6 +5,7 @@
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     // Qt paints large areas on a pool of threads, whose hand-overs ThreadSanitizer cannot see.
     QThreadPool::globalInstance()->setMaxThreadCount(1);
