@@ -20,12 +20,17 @@ namespace spotwell
 class FakeProcessServices final : public ProcessServices
 {
 public:
-    void reopenStandardError(const QString& path) override { reopened.append(path); }
+    void reopenStandardError(const QString& path) override
+    {
+        note(QStringLiteral("reopen standard error"));
+        reopened.append(path);
+    }
     [[nodiscard]] QStringList callStackSymbols() const override
     {
         return {QStringLiteral("frame 0"), QStringLiteral("frame 1")};
     }
     QStringList reopened;
+    Note note = ignore;
 };
 
 /// The whole program on fakes: the real delegate and window, everything below by hand.
@@ -36,6 +41,18 @@ struct FakeProgram {
     {
         delegate.applicationDidFinishLaunching();
         mainQueue.runPending();
+    }
+    /// Keeps in one journal, from now on, what the program asks of its platform.
+    void keepJournal()
+    {
+        const Note note = [this](const QString& entry) { journal.append(entry); };
+        mainQueue.note = note;
+        sockets.note = note;
+        applications.note = note;
+        defaults.note = note;
+        process.note = note;
+        log.note = note;
+        factories = note;
     }
     /// The console's entries.
     [[nodiscard]] QStringList console() const
@@ -73,16 +90,21 @@ struct FakeProgram {
     IcuTextConverter converter;
     FakeProcessServices process;
     FakeLog log;
+    /// What keepJournal() kept.
+    QStringList journal;
+    Note factories = ignore;
     std::vector<FakeSerialQueue*> queues;
     FakeUrlSession* urlSession = nullptr;
     MainWindow window;
     AppDelegate delegate{Platform{clock, mainQueue,
                                   [this](const QString& label) {
+                                      factories(QStringLiteral("queue ") + label);
                                       auto made = std::make_unique<FakeSerialQueue>(label);
                                       queues.push_back(made.get());
                                       return made;
                                   },
                                   [this](const UrlSessionConfiguration& configuration) {
+                                      factories(QStringLiteral("URL session"));
                                       auto made = std::make_unique<FakeUrlSession>(configuration);
                                       urlSession = made.get();
                                       return made;

@@ -2,6 +2,7 @@
 
 #include "cluster/ClusterHost.h"
 #include "tests/fakes/FakeTime.h"
+#include "tests/fakes/Note.h"
 
 #include <QStringList>
 
@@ -22,9 +23,21 @@ public:
     [[nodiscard]] bool passwordIsEmpty() const override { return password.isEmpty(); }
     [[nodiscard]] bool reconnectIsOn() const override { return reconnect; }
     void setReconnect(bool on) override { reconnect = on; }
-    void setConnected(bool on) override { connected = on; }
-    void appendText(const QString& text) override { console.append(text); }
-    void threadCheckWarning() const override { ++threadChecks; }
+    void setConnected(bool on) override
+    {
+        note(QStringLiteral("connected %1").arg(on));
+        connected = on;
+    }
+    void appendText(const QString& text) override
+    {
+        note(QStringLiteral("console ") + text);
+        console.append(text);
+    }
+    void threadCheckWarning() const override
+    {
+        note(QStringLiteral("thread check"));
+        ++threadChecks;
+    }
     [[nodiscard]] SerialQueue& bufferQueue() override { return buffer; }
     void takeSpotLine(const QString& line, const QString& node) override
     {
@@ -43,6 +56,7 @@ public:
     QStringList nodes;
     FakeSerialQueue buffer;
     mutable int threadChecks = 0;
+    Note note = ignore;
 };
 
 } // namespace spotwell

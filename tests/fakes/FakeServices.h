@@ -8,6 +8,7 @@
 #include "platform/TextConverter.h"
 #include "platform/UrlSession.h"
 #include "platform/UserDefaults.h"
+#include "tests/fakes/Note.h"
 
 #include <QStringList>
 
@@ -23,8 +24,13 @@ namespace spotwell
 class FakeLog final : public Log
 {
 public:
-    void line(const QString& text) override { lines.append(text); }
+    void line(const QString& text) override
+    {
+        note(QStringLiteral("log ") + text);
+        lines.append(text);
+    }
     QStringList lines;
+    Note note = ignore;
 };
 
 /// Keeps every notification.
@@ -50,6 +56,7 @@ class FakeRunningApplications final : public RunningApplications
 public:
     std::vector<RunningApplication> runningApplications() override
     {
+        note(QStringLiteral("look for applications"));
         ++reads;
         return applications;
     }
@@ -60,6 +67,7 @@ public:
     }
     std::vector<RunningApplication> applications;
     int reads = 0;
+    Note note = ignore;
 };
 
 /// Keeps every script; answers with the error the test sets.
@@ -89,27 +97,32 @@ class FakeUserDefaults final : public UserDefaults
 public:
     [[nodiscard]] std::optional<QString> string(const QString& key) const override
     {
+        note(QStringLiteral("read ") + key);
         const auto found = strings.find(key);
         return found == strings.end() ? std::nullopt : std::optional{found->second};
     }
     [[nodiscard]] bool boolean(const QString& key) const override
     {
+        note(QStringLiteral("read ") + key);
         const auto found = booleans.find(key);
         return found != booleans.end() && found->second;
     }
     void setString(const QString& key, const QString& value) override
     {
+        note(QStringLiteral("write ") + key);
         strings[key] = value;
         written.append(key);
     }
     void setBoolean(const QString& key, bool value) override
     {
+        note(QStringLiteral("write ") + key);
         booleans[key] = value;
         written.append(key);
     }
     std::map<QString, QString> strings;
     std::map<QString, bool> booleans;
     QStringList written;
+    Note note = ignore;
 };
 
 /// Converts as the test says: encodings without an entry fail.

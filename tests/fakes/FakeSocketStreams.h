@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/SocketStreams.h"
+#include "tests/fakes/Note.h"
 
 #include <QByteArray>
 #include <QStringList>
@@ -149,6 +150,7 @@ class FakeSocketStreams final : public SocketStreams
 public:
     StreamPair createPairWithSocketToHost(const QString& host, std::uint32_t port) override
     {
+        note(QStringLiteral("streams to ") + host);
         auto connection = std::make_shared<FakeConnection>();
         connection->host = host;
         connection->port = port;
@@ -166,6 +168,7 @@ public:
     std::vector<std::shared_ptr<FakeConnection>> connections;
     bool makeInput = true;
     bool makeOutput = true;
+    Note note = ignore;
 };
 
 } // namespace spotwell

@@ -2,6 +2,7 @@
 
 #include "platform/Queues.h"
 #include "platform/Time.h"
+#include "tests/fakes/Note.h"
 
 #include <algorithm>
 #include <deque>
@@ -34,6 +35,7 @@ public:
     void after(Seconds delay, Task task) override { add(delay, Seconds{0}, std::move(task)); }
     void every(Seconds interval, Task task) override
     {
+        note(QStringLiteral("every %1 s").arg(interval.count()));
         intervals.push_back(interval);
         add(interval, interval, std::move(task));
     }
@@ -83,6 +85,7 @@ public:
     bool onMainThread = true;
     /// The intervals given to every(), in order.
     std::vector<Seconds> intervals;
+    Note note = ignore;
 
 private:
     struct Timer {
