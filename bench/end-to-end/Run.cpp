@@ -154,6 +154,7 @@ RunFigures runSpotwell(const RunSettings& settings)
             const CpuFigures before = cpuOf(spotwell.processId());
             const qint64 wakeUps = wakeUpsOf(spotwell.processId());
             QThread::sleep(static_cast<unsigned long>(settings.idleSeconds));
+            figures.idleSeconds = settings.idleSeconds;
             figures.idle = cpuOf(spotwell.processId()) - before;
             figures.idleWakeUps = wakeUpsOf(spotwell.processId()) - wakeUps;
         }

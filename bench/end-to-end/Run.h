@@ -38,6 +38,8 @@ struct RunFigures {
     CpuFigures display;
     qint64 wakeUps = 0;
     MemoryFigures memory;
+    /// Afterwards, without lines; all 0 when that was not asked for.
+    int idleSeconds = 0;
     CpuFigures idle;
     qint64 idleWakeUps = 0;
 

@@ -94,6 +94,7 @@ QJsonObject json(const RunFigures& run)
         {QStringLiteral("xvfb"), json(run.display)},
         {QStringLiteral("wakeUps"), run.wakeUps},
         {QStringLiteral("memory"), json(run.memory)},
+        {QStringLiteral("idleSeconds"), run.idleSeconds},
         {QStringLiteral("idle"), json(run.idle)},
         {QStringLiteral("idleWakeUps"), run.idleWakeUps},
     };
@@ -165,7 +166,7 @@ QString Summary::table() const
              [](const auto& run) { return static_cast<double>(run.memory.peak) / kibPerMib; });
         line("PSS, MiB", 1,
              [](const auto& run) { return static_cast<double>(run.memory.proportional) / kibPerMib; });
-        if (idleSeconds > 0) {
+        if (figures.front().idleSeconds > 0) {
             const double span = idleSeconds;
             line("idle, wake-ups a second", 2,
                  [span](const auto& run) { return static_cast<double>(run.idleWakeUps) / span; });
