@@ -138,6 +138,7 @@ TEST(IcuTextConverter, ReadsAscii)
 
 TEST(IcuTextConverter, ReadsNextStep)
 {
+    expectTable(2, aboveAscii(nextStepTable));
     expectRows(2, {{"E9", u"\u00D8"_s},
                    {"AE", u"\uFB01"_s},
                    {"80", u"\u00A0"_s},
@@ -223,6 +224,7 @@ TEST(IcuTextConverter, ReadsIsoLatin1)
 
 TEST(IcuTextConverter, ReadsSymbol)
 {
+    expectTable(6, symbolTable);
     expectRows(6, {{"61", u"\u03B1"_s},
                    {"44", u"\u0394"_s},
                    {"57", u"\u03A9"_s},
