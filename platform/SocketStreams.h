@@ -80,7 +80,7 @@ public:
 class OutputStream : public Stream
 {
 public:
-    /// False while not yet connected, and while bytes written before have not left.
+    /// False while not yet connected, and while bytes written before fill what the system takes.
     [[nodiscard]] virtual bool hasSpaceAvailable() const = 0;
     /// Writes without waiting. The count taken, which may be less than asked; negative on an error.
     virtual std::ptrdiff_t write(std::span<const char> bytes) = 0;

@@ -5,9 +5,9 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
@@ -25,7 +25,6 @@ namespace
 constexpr int receiveBufferBytes = 64 * 1024;
 // RFC 8305, section 5.
 constexpr auto connectionAttemptDelay = 250ms;
-constexpr auto unsentRetry = 50ms;
 // What is read and thrown away at the end, so that closing does not reset the connection under the last
 // words.
 constexpr int drainedBytes = 256 * 1024;
@@ -158,8 +157,6 @@ void SocketConnection::connected(int fd)
     writeNotifier_ = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Write);
     QObject::connect(writeNotifier_.get(), &QSocketNotifier::activated, writeNotifier_.get(),
                      [this] { writable(); });
-    writeRetry_.setSingleShot(true);
-    QObject::connect(&writeRetry_, &QTimer::timeout, &writeRetry_, [this] { writable(); });
 
     for (Side* side : {&input, &output}) {
         if (side->status == StreamStatus::opening) {
@@ -196,10 +193,7 @@ void SocketConnection::writable()
 {
     const auto self = shared_from_this();
     writeNotifier_->setEnabled(false);
-    if (hasSpaceAvailable())
-        deliver(output, StreamEvent::hasSpaceAvailable);
-    else if (output.status == StreamStatus::open)
-        writeRetry_.start(unsentRetry);
+    deliver(output, StreamEvent::hasSpaceAvailable);
 }
 
 void SocketConnection::fail(const QString& description)
@@ -255,8 +249,8 @@ bool SocketConnection::hasSpaceAvailable() const
 {
     if (fd_ < 0 || output.status != StreamStatus::open)
         return false;
-    int unsent = 0;
-    return ::ioctl(fd_, SIOCOUTQNSD, &unsent) == 0 && unsent == 0;
+    pollfd entry{fd_, POLLOUT, 0};
+    return ::poll(&entry, 1, 0) == 1 && (entry.revents & (POLLOUT | POLLERR | POLLHUP)) == POLLOUT;
 }
 
 void SocketConnection::holdInput(bool hold)
@@ -269,7 +263,6 @@ void SocketConnection::holdInput(bool hold)
 void SocketConnection::closeOutput()
 {
     output.status = StreamStatus::closed;
-    writeRetry_.stop();
     if (writeNotifier_)
         writeNotifier_->setEnabled(false);
     if (fd_ >= 0)
@@ -290,7 +283,6 @@ void SocketConnection::closeInput()
 void SocketConnection::closeSocket()
 {
     nextAttempt_.stop();
-    writeRetry_.stop();
     for (Attempt& attempt : attempts_) {
         attempt.notifier.reset();
         ::close(attempt.fd);

@@ -74,7 +74,6 @@ private:
     int fd_ = -1;
     std::unique_ptr<QSocketNotifier> readNotifier_;
     std::unique_ptr<QSocketNotifier> writeNotifier_;
-    QTimer writeRetry_;
     QString error_;
 };
 
