@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <pthread.h>
 #include <system_error>
 #include <utility>
 
@@ -96,6 +97,7 @@ std::size_t BusNotificationCenter::sizeOf(const Notification& notification)
 
 void BusNotificationCenter::work()
 {
+    ::pthread_setname_np(::pthread_self(), "notifications");
     while (true) {
         wakeUp_.clear();
         sendWaiting();
