@@ -8,6 +8,10 @@ target_compile_definitions(spotwell_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH
   QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 target_include_directories(spotwell_options INTERFACE ${PROJECT_SOURCE_DIR})
+if(CMAKE_UNITY_BUILD)
+  # Several sources in one: a test's fixture in an anonymous namespace is then no longer a file's own, which is harmless.
+  target_compile_options(spotwell_options INTERFACE -Wno-subobject-linkage)
+endif()
 if(SPOTWELL_SANITIZE)
   add_compile_options(-fsanitize=${SPOTWELL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${SPOTWELL_SANITIZE})
