@@ -74,17 +74,5 @@ TEST_F(BusTroubleTest, answersPromptsWhileTheBusHangs)
     bus.resume();
 }
 
-// Fails: Qt's accessibility bridge connects to the bus, without a time limit, while the window is made.
-TEST_F(BusTroubleTest, DISABLED_startsWhileTheBusHangs)
-{
-    bus.stop();
-    const Moment started = std::chrono::steady_clock::now();
-    startConnected();
-    EXPECT_LT(std::chrono::steady_clock::now() - started, 3s * slowness);
-    login();
-    end();
-    bus.resume();
-}
-
 } // namespace
 } // namespace spotwell
