@@ -59,6 +59,8 @@ public:
         peer_ = ::accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
         return peer_ >= 0;
     }
+    /// Bounds what waits on this side to be sent. The kernel takes about twice as much, bookkeeping included.
+    void setSendBuffer(int bytes) { (void)::setsockopt(peer_, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes); }
     /// Sends as much of `bytes` as the connection takes now; how much that was.
     qsizetype send(const QByteArray& bytes)
     {

@@ -92,6 +92,47 @@ TEST(QtMainQueue, AfterRunsOnceAndNotBeforeItsTime)
     EXPECT_GE(when - begin, 50ms);
 }
 
+TEST(QtMainQueue, AfterCountsFromTheCallHoweverBusyTheMainThreadIs)
+{
+    constexpr auto delay = 200ms;
+    QtMainQueue queue;
+    QByteArray ran;
+    const auto begin = SteadyClock::now();
+    SteadyClock::time_point when;
+    std::thread([&] {
+        queue.after(delay, [&] {
+            ran += 'a';
+            when = SteadyClock::now();
+        });
+    }).join();
+    while (SteadyClock::now() - begin < delay)
+        QThread::yieldCurrentThread();
+    // Overdue by now; this one is not.
+    queue.after(delay * 9 / 10, [&] { ran += 'b'; });
+    EXPECT_TRUE(ran.isEmpty());
+    ASSERT_TRUE(waitUntil([&] { return ran.size() == 2; }));
+    EXPECT_EQ(ran, QByteArray("ab"));
+    EXPECT_GE(when - begin, delay);
+}
+
+TEST(QtMainQueue, EveryIsNeverEarly)
+{
+    QtMainQueue queue;
+    std::size_t ran = 0;
+    // Intervals of many lengths, each with a part of a millisecond: rounding of whatever kind would make some
+    // of them early.
+    for (int i = 0; i < 20; ++i) {
+        const Seconds interval{0.1006 + 0.0017 * i};
+        queue.every(interval, [&, interval, begin = SteadyClock::now(), ticks = 0]() mutable {
+            if (++ticks == 1) {
+                EXPECT_GE(Seconds(SteadyClock::now() - begin), interval);
+                ++ran;
+            }
+        });
+    }
+    EXPECT_TRUE(waitUntil([&] { return ran == 20; }));
+}
+
 TEST(QtMainQueue, EveryRunsAgainAndAgain)
 {
     QtMainQueue queue;

@@ -2,79 +2,12 @@
 
 #include "tests/fakes/LoopbackPeer.h"
 #include "tests/fakes/Printers.h"
+#include "tests/platform/SocketClient.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <functional>
-#include <string>
-#include <vector>
-
 namespace spotwell
 {
-
-namespace
-{
-
-const QString loopback = QStringLiteral("127.0.0.1");
-
-/// Keeps the events of a pair, and reads what comes unless told otherwise.
-struct Client final : StreamDelegate {
-    explicit Client(std::uint32_t port, const QString& host = loopback)
-        : pair(streams.createPairWithSocketToHost(host, port))
-    {
-        pair.input->setDelegate(this);
-        pair.input->open();
-        pair.output->setDelegate(this);
-        pair.output->open();
-    }
-
-    void handleEvent(Stream& stream, int eventCode) override
-    {
-        const bool isInput = &stream == pair.input.get();
-        EXPECT_TRUE(isInput || &stream == pair.output.get());
-        events.push_back((isInput ? "in " : "out ") + std::to_string(eventCode));
-        if (eventCode == static_cast<int>(StreamEvent::errorOccurred))
-            error = stream.errorDescription();
-        if (onEvent)
-            onEvent(eventCode);
-        if (pair.input && isInput && eventCode == static_cast<int>(StreamEvent::hasBytesAvailable) && reads)
-            read(readSize);
-    }
-    std::ptrdiff_t read(std::size_t size)
-    {
-        std::vector<std::byte> buffer(size);
-        const std::ptrdiff_t n = pair.input->read(buffer);
-        if (n > 0)
-            received.append(reinterpret_cast<const char*>(buffer.data()), n);
-        readCounts.push_back(n);
-        return n;
-    }
-    bool saw(const std::string& event) const { return std::count(events.begin(), events.end(), event) > 0; }
-    void close()
-    {
-        pair.output->close();
-        pair.output.reset();
-        pair.input->close();
-        pair.input.reset();
-    }
-    void write(const QByteArray& text)
-    {
-        EXPECT_EQ(pair.output->write({text.constData(), static_cast<std::size_t>(text.size())}), text.size());
-    }
-
-    PosixSocketStreams streams;
-    StreamPair pair;
-    std::vector<std::string> events;
-    std::vector<std::ptrdiff_t> readCounts;
-    QByteArray received;
-    QString error;
-    bool reads = true;
-    std::size_t readSize = 16383;
-    std::function<void(int)> onEvent;
-};
-
-} // namespace
 
 TEST(PosixSocketStreams, APortAbove65535GivesNoStreams)
 {
@@ -89,7 +22,7 @@ TEST(PosixSocketStreams, APortAbove65535GivesNoStreams)
 TEST(PosixSocketStreams, TellsOfBothStreamsOpeningAndOfSpace)
 {
     LoopbackPeer node;
-    Client client(node.port());
+    SocketClient client(node.port());
     EXPECT_EQ(client.pair.input->status(), StreamStatus::opening);
     EXPECT_EQ(client.pair.output->status(), StreamStatus::opening);
     EXPECT_FALSE(client.pair.output->hasSpaceAvailable());
@@ -106,7 +39,7 @@ TEST(PosixSocketStreams, ResolvesNames)
 {
     LoopbackPeer node;
     // The name may have an IPv6 address first, where nobody listens.
-    Client client(node.port(), QStringLiteral(" localhost "));
+    SocketClient client(node.port(), QStringLiteral(" localhost "));
     ASSERT_TRUE(node.accept());
     EXPECT_TRUE(waitUntil([&] { return client.saw("in 1"); }));
 }
@@ -114,7 +47,7 @@ TEST(PosixSocketStreams, ResolvesNames)
 TEST(PosixSocketStreams, BytesAreOfferedAgainAsLongAsSomeRemain)
 {
     LoopbackPeer node;
-    Client client(node.port());
+    SocketClient client(node.port());
     client.readSize = 10;
     ASSERT_TRUE(node.accept());
     node.send(QByteArray(35, 'x'));
@@ -127,7 +60,7 @@ TEST(PosixSocketStreams, BytesAreOfferedAgainAsLongAsSomeRemain)
 TEST(PosixSocketStreams, ReadsWhatStandsInTheSocketBeforeTheEnd)
 {
     LoopbackPeer node;
-    Client client(node.port());
+    SocketClient client(node.port());
     client.readSize = 7;
     ASSERT_TRUE(node.accept());
     node.send(QByteArray(100, 'x'));
@@ -143,7 +76,7 @@ TEST(PosixSocketStreams, ReadsWhatStandsInTheSocketBeforeTheEnd)
 TEST(PosixSocketStreams, AHalfClosedPeerStillHearsUs)
 {
     LoopbackPeer node;
-    Client client(node.port());
+    SocketClient client(node.port());
     ASSERT_TRUE(node.accept());
     node.send("bye\n");
     node.shutdownWrite();
@@ -156,26 +89,12 @@ TEST(PosixSocketStreams, AHalfClosedPeerStillHearsUs)
     EXPECT_EQ(node.heard(), QByteArray("quit\n"));
 }
 
-TEST(PosixSocketStreams, AResetIsAnErrorBehindWhatCameBefore)
-{
-    LoopbackPeer node;
-    Client client(node.port());
-    ASSERT_TRUE(node.accept());
-    ASSERT_TRUE(waitUntil([&] { return client.saw("in 1"); }));
-    node.reset();
-    ASSERT_TRUE(waitUntil([&] { return client.saw("in 8"); }));
-    EXPECT_FALSE(client.error.isEmpty());
-    EXPECT_FALSE(client.saw("in 16"));
-    EXPECT_EQ(client.pair.input->status(), StreamStatus::error);
-    EXPECT_FALSE(client.pair.output->hasSpaceAvailable());
-}
-
 TEST(PosixSocketStreams, ARefusedConnectionIsAnError)
 {
     LoopbackPeer node;
     const std::uint16_t port = node.port();
     node.stopListening();
-    Client client(port);
+    SocketClient client(port);
     ASSERT_TRUE(waitUntil([&] { return client.saw("in 8"); }));
     EXPECT_EQ(client.error, QString::fromLocal8Bit(std::strerror(ECONNREFUSED)));
     EXPECT_EQ(client.events, (std::vector<std::string>{"in 8", "out 8"}));
@@ -184,7 +103,7 @@ TEST(PosixSocketStreams, ARefusedConnectionIsAnError)
 TEST(PosixSocketStreams, AHostThatIsNoneIsAnError)
 {
     for (const QString& host : {QString(), QStringLiteral("  "), QStringLiteral("256.256.256.256")}) {
-        Client client(7300, host);
+        SocketClient client(7300, host);
         EXPECT_TRUE(client.events.empty());
         ASSERT_TRUE(waitUntil([&] { return client.saw("in 8"); }));
         EXPECT_FALSE(client.error.isEmpty());
@@ -195,7 +114,7 @@ TEST(PosixSocketStreams, WhatWasWrittenLeavesBeforeTheSocketCloses)
 {
     for (const bool unread : {false, true}) {
         LoopbackPeer node;
-        Client client(node.port());
+        SocketClient client(node.port());
         client.reads = false;
         client.pair.input->holdEvents(true);
         ASSERT_TRUE(node.accept());
@@ -214,7 +133,7 @@ TEST(PosixSocketStreams, WhatWasWrittenLeavesBeforeTheSocketCloses)
 TEST(PosixSocketStreams, NoEventComesAfterTheClose)
 {
     LoopbackPeer node;
-    Client client(node.port());
+    SocketClient client(node.port());
     client.onEvent = [&](int code) {
         if (code == static_cast<int>(StreamEvent::openCompleted))
             client.close();
@@ -228,10 +147,10 @@ TEST(PosixSocketStreams, MayBeClosedWhileItConnects)
 {
     LoopbackPeer node;
     {
-        Client client(node.port());
+        SocketClient client(node.port());
         client.close();
     }
-    Client other(node.port());
+    SocketClient other(node.port());
     ASSERT_TRUE(node.accept());
     EXPECT_TRUE(waitUntil([&] { return other.saw("in 1"); }));
 }
@@ -240,7 +159,7 @@ TEST(PosixSocketStreams, MayBeClosedInsideAnyEvent)
 {
     for (const int when : {2, 4, 16}) {
         LoopbackPeer node;
-        Client client(node.port());
+        SocketClient client(node.port());
         client.onEvent = [&](int code) {
             if (code == when && client.pair.input)
                 client.close();
@@ -252,34 +171,10 @@ TEST(PosixSocketStreams, MayBeClosedInsideAnyEvent)
     }
 }
 
-TEST(PosixSocketStreams, AHeldStreamSlowsTheNodeByTcp)
-{
-    LoopbackPeer node;
-    Client client(node.port());
-    client.pair.input->holdEvents(true);
-    ASSERT_TRUE(node.accept());
-    ASSERT_TRUE(waitUntil([&] { return client.saw("out 4"); }));
-    const QByteArray block(65536, 'x');
-    qsizetype sent = 0;
-    // Until the connection has taken nothing for a while; a peer that buffered without end would never get
-    // there.
-    int refused = 0;
-    ASSERT_TRUE(waitUntil([&] {
-        const qsizetype now = node.send(block);
-        sent += now;
-        refused = now == 0 ? refused + 1 : 0;
-        return refused > 100 || sent > 64 * 1024 * 1024;
-    }));
-    EXPECT_LT(sent, 16 * 1024 * 1024);
-    EXPECT_FALSE(client.saw("in 2"));
-    client.pair.input->holdEvents(false);
-    EXPECT_TRUE(waitUntil([&] { return client.received.size() == sent; }));
-}
-
 TEST(PosixSocketStreams, HasNoSpaceWhileBytesHaveNotLeft)
 {
     LoopbackPeer node;
-    Client client(node.port());
+    SocketClient client(node.port());
     ASSERT_TRUE(node.accept());
     ASSERT_TRUE(waitUntil([&] { return client.saw("out 4"); }));
     const QByteArray block(65536, 'x');
@@ -300,11 +195,11 @@ TEST(PosixSocketStreams, HasNoSpaceWhileBytesHaveNotLeft)
 TEST(PosixSocketStreams, AreDroppedWithALookUpUnderWay)
 {
     for (int i = 0; i < 20; ++i) {
-        Client client(7300, QStringLiteral("localhost"));
+        SocketClient client(7300, QStringLiteral("localhost"));
     }
     // The late answers of those twenty find nobody; a fresh connection is none the worse.
     LoopbackPeer node;
-    Client client(node.port());
+    SocketClient client(node.port());
     EXPECT_TRUE(node.accept());
 }
 
