@@ -78,6 +78,7 @@ TEST_F(HostResolverTest, ASilentNameDelaysNoOther)
 {
     NameServer::hold("silent.example.org");
     ask(silent);
+    ASSERT_TRUE(waitUntil([] { return NameServer::waiting() == 1; }));
     ask(QStringLiteral("node.example.org"));
     ASSERT_TRUE(waitUntil([&] { return answers.size() == 1; }));
     EXPECT_EQ(NameServer::waiting(), 1);
