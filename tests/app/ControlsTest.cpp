@@ -39,7 +39,7 @@ QImage imageNamed(const char* name)
     return imageOf(QIcon(QStringLiteral(":/images/") + QLatin1String(name)));
 }
 
-const QByteArray spotLine = "DX de N0CALL:    21205.0  X1X          CQ                             1428Z";
+const QByteArray heardSpot = "DX de N0CALL:    21205.0  X1X          CQ                             1428Z";
 
 struct ControlsTest : testing::Test {
     [[nodiscard]] QImage bulb() const { return imageOf(window.lgwtRunningButton->icon()); }
@@ -56,7 +56,7 @@ struct ControlsTest : testing::Test {
     /// Lets the node say a spot line and waits for nothing but its way to the logger.
     void hearSpot()
     {
-        program.sockets.last().receive(spotLine + "\r\n");
+        program.sockets.last().receive(heardSpot + "\r\n");
         program.runQueues();
     }
 
