@@ -32,7 +32,7 @@ QString Simulator::start(const QString& folder)
     for (Scenario& scenario : scenarios) {
         NodeServer& node =
             nodes_.emplace_back(std::move(scenario), clock_, report_, [this] { finishIfPlayed(); });
-        const QString error = node.listen(options_.port);
+        QString error = node.listen(options_.port);
         if (!error.isNull())
             return error;
     }
