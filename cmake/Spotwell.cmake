@@ -33,17 +33,21 @@ function(spotwell_library name)
   target_link_libraries(${name} PUBLIC spotwell_options ${ARG_LINK})
 endfunction()
 
-# spotwell_test(NAME SOURCES ... LINK ...): one GoogleTest program, each of its tests known to CTest.
+# spotwell_test(NAME SOURCES ... LINK ... [SUPPRESSIONS file]): one GoogleTest program, each of its tests known to CTest.
+# SUPPRESSIONS are ThreadSanitizer's, tests/tsan.supp by default.
 function(spotwell_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(ARG "" "TIMEOUT;SUPPRESSIONS" "SOURCES;LINK" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
+  if(NOT ARG_SUPPRESSIONS)
+    set(ARG_SUPPRESSIONS ${PROJECT_SOURCE_DIR}/tests/tsan.supp)
+  endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE spotwell_options ${ARG_LINK} GTest::gtest Threads::Threads)
+  # One variable is all that the discovered tests' environment can hold.
   gtest_discover_tests(${name}
     TEST_PREFIX "${name}."
     DISCOVERY_MODE PRE_TEST
-    PROPERTIES TIMEOUT ${ARG_TIMEOUT}
-               ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp;${ARG_ENVIRONMENT}")
+    PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "TSAN_OPTIONS=suppressions=${ARG_SUPPRESSIONS}")
 endfunction()
