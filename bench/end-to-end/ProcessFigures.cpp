@@ -86,11 +86,22 @@ MemoryFigures memoryOf(qint64 process)
             numberBehind("Pss", contents(folderOf(process) + QStringLiteral("/smaps_rollup")))};
 }
 
-qint64 wakeUpsOf(qint64 process)
+ThreadWakeUps wakeUpsOf(qint64 process)
+{
+    ThreadWakeUps wakeUps;
+    for (const QString& thread : threadFoldersOf(process))
+        wakeUps[thread] =
+            numberBehind("voluntary_ctxt_switches", contents(thread + QStringLiteral("/status")));
+    return wakeUps;
+}
+
+qint64 operator-(const ThreadWakeUps& later, const ThreadWakeUps& earlier)
 {
     qint64 count = 0;
-    for (const QString& thread : threadFoldersOf(process))
-        count += numberBehind("voluntary_ctxt_switches", contents(thread + QStringLiteral("/status")));
+    for (const auto& [thread, wakeUps] : later) {
+        const auto before = earlier.find(thread);
+        count += before == earlier.end() ? wakeUps : wakeUps - before->second;
+    }
     return count;
 }
 

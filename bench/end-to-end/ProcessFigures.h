@@ -29,7 +29,11 @@ struct MemoryFigures {
 /// What was used between the two.
 [[nodiscard]] CpuFigures operator-(const CpuFigures& later, const CpuFigures& earlier);
 [[nodiscard]] MemoryFigures memoryOf(qint64 process);
-/// How often the present threads of the process have gone to sleep, and so were woken.
-[[nodiscard]] qint64 wakeUpsOf(qint64 process);
+/// How often each present thread has gone to sleep, and so was woken, by the thread's folder in /proc.
+struct ThreadWakeUps : std::map<QString, qint64> {
+};
+[[nodiscard]] ThreadWakeUps wakeUpsOf(qint64 process);
+/// The wake-ups between the two, without those of threads that have ended meanwhile.
+[[nodiscard]] qint64 operator-(const ThreadWakeUps& later, const ThreadWakeUps& earlier);
 
 } // namespace spotwell::bench

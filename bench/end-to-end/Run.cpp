@@ -135,7 +135,7 @@ RunFigures runSpotwell(const RunSettings& settings)
         const CpuFigures spotwellBefore = cpuOf(spotwell.processId());
         const CpuFigures busBefore = cpuOf(desktop.busProcess());
         const CpuFigures displayBefore = cpuOf(desktop.displayProcess());
-        const qint64 wakeUpsBefore = wakeUpsOf(spotwell.processId());
+        const ThreadWakeUps wakeUpsBefore = wakeUpsOf(spotwell.processId());
         figures.sent = linesSent(simulator, expected);
         // What is still on its way when the node has sent its last line.
         const auto deadline = SteadyClock::now() + 10s;
@@ -152,7 +152,7 @@ RunFigures runSpotwell(const RunSettings& settings)
         if (settings.idleSeconds > 0) {
             QThread::sleep(2);
             const CpuFigures before = cpuOf(spotwell.processId());
-            const qint64 wakeUps = wakeUpsOf(spotwell.processId());
+            const ThreadWakeUps wakeUps = wakeUpsOf(spotwell.processId());
             QThread::sleep(static_cast<unsigned long>(settings.idleSeconds));
             figures.idleSeconds = settings.idleSeconds;
             figures.idle = cpuOf(spotwell.processId()) - before;
