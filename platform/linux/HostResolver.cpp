@@ -20,7 +20,10 @@ struct HostResolver::Mailbox {
         explicit Receiver(Mailbox& box) : mailbox(box) {}
         bool event(QEvent* event) override
         {
-            if (event->type() != QEvent::User)
+            std::unique_lock guard(mailbox.mutex); // under which the event was posted
+            const bool isOutcome = event->type() == QEvent::User;
+            guard.unlock();
+            if (!isOutcome)
                 return QObject::event(event);
             mailbox.deliver();
             return true;

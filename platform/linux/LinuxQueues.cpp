@@ -31,13 +31,10 @@ QByteArray threadName(const QString& label)
 
 void QtMainQueue::async(Task task)
 {
-    {
-        const std::lock_guard guard(mutex_);
-        tasks_.push_back(std::move(task));
-        if (std::exchange(posted_, true))
-            return;
-    }
-    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    const std::lock_guard guard(mutex_);
+    tasks_.push_back(std::move(task));
+    if (!std::exchange(posted_, true))
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
 }
 
 void QtMainQueue::after(Seconds delay, Task task)
@@ -69,11 +66,14 @@ bool QtMainQueue::isMainThread() const
 
 bool QtMainQueue::event(QEvent* event)
 {
-    if (event->type() != QEvent::User)
+    // Events are posted under the lock, too, so that it hands over the event itself.
+    std::unique_lock guard(mutex_);
+    if (event->type() != QEvent::User) {
+        guard.unlock();
         return QObject::event(event);
+    }
     // Only what waits now, so that other events get their turn; one by one, so that the order also holds
     // where a task runs an event loop of its own.
-    std::unique_lock guard(mutex_);
     posted_ = false;
     for (std::size_t left = tasks_.size(); left > 0 && !tasks_.empty(); --left) {
         Task task = std::move(tasks_.front());
