@@ -2,9 +2,11 @@
 
 #include "app/Appearance.h"
 #include "app/BuiltInTests.h"
+#include "app/QuitQuestion.h"
 #include "app/Settings.h"
 
 #include <QAbstractButton>
+#include <QScopedValueRollback>
 
 #include <utility>
 
@@ -13,6 +15,8 @@ namespace spotwell
 
 namespace
 {
+
+using Stamp = WebPollerValues::Stamp;
 
 constexpr Seconds statusInterval{5.0};
 constexpr Seconds tickInterval{1.0};
@@ -29,7 +33,7 @@ UrlSessionConfiguration mediumTimeoutConfiguration()
 } // namespace
 
 AppDelegate::AppDelegate(Platform platform, MainWindow& mainWindow, QString logDirectory,
-                         const QString& version)
+                         const FeedAddresses& addresses, const QString& version)
     : platform_(std::move(platform)),
       window(mainWindow),
       logDirectory_(std::move(logDirectory)),
@@ -46,7 +50,29 @@ AppDelegate::AppDelegate(Platform platform, MainWindow& mainWindow, QString logD
                        lineDelivery_.sendSpotLineToLogwright(line, node);
                    }),
       clusterSession_(*this, platform_.sockets, platform_.mainQueue, platform_.clock, platform_.textConverter,
-                      platform_.log)
+                      platform_.log),
+      supervision_(*this, clusterSession_, platform_.clock, platform_.log),
+      dxsummitFeed_(*this, platform_.log),
+      potaFeed_(*this, platform_.log),
+      wsprnetFeed_(*this, platform_.clock, platform_.log),
+      wsprnetPoller_(
+          {QStringLiteral("wsprnetTimer"), addresses.wsprnet, Seconds{120.0}, Stamp::whenIssued},
+          pollerHost(window.wsprnetCheckBox, nullptr, wsprnet_background_queue,
+                     [this](const QByteArray& body, bool) { wsprnetFeed_.parseWsprnetData(body); }),
+          _lastWsprnetTime, platform_.clock, platform_.log),
+      dxsummitPoller_(
+          {QStringLiteral("dxsummitTimer"), addresses.dxsummit, Seconds{30.0}, Stamp::whenHandled},
+          pollerHost(window.dxsummitCheckBox, window.dxsExclusiveCheckBox, dxsummit_background_queue,
+                     [this](const QByteArray& body, bool dxsExclusive) {
+                         dxsummitFeed_.parseDxSummitData(body, dxsExclusive);
+                     }),
+          _lastDxsummitTime, platform_.clock, platform_.log),
+      potaPoller_({QStringLiteral("potaTimer"), addresses.pota, Seconds{30.0}, Stamp::whenHandled},
+                  pollerHost(window.potaCheckBox, window.skimmersCheckBox, pota_background_queue,
+                             [this](const QByteArray& body, bool showSkimmers) {
+                                 potaFeed_.parsePotaData(body, showSkimmers);
+                             }),
+                  _lastPotaTime, platform_.clock, platform_.log)
 {
 }
 
@@ -58,9 +84,6 @@ void AppDelegate::applicationDidFinishLaunching()
     diagnostics_.redirectConsoleLogToDocumentFolder();
     platform_.log.line(
         QStringLiteral("applicationDidFinishLaunching:%1").arg(diagnostics_.displayLongVersionString()));
-    _dxsummit_objects.clear();
-    _pota_objects.clear();
-    _wsprnet_objects.clear();
     greenBulb = QIcon(QStringLiteral(":/images/green_ball.svg"));
     greyBulb = QIcon(QStringLiteral(":/images/gray_ball.svg"));
     createQueues();
@@ -70,7 +93,6 @@ void AppDelegate::applicationDidFinishLaunching()
     _lastWsprnetTime = distantPast;
     _lastDxsummitTime = distantPast;
     _lastPotaTime = distantPast;
-    _lastKeepAliveMessageTime = distantPast;
     double version = 0;
     (void)presence_.appIsRunning(loggerName(), true, &version);
     scheduleTimers();
@@ -103,6 +125,7 @@ void AppDelegate::wireControls()
     onClick(window.dxsExclusiveCheckBox, &AppDelegate::dxsExclusivePressed);
     onClick(window.darkCheckBox, &AppDelegate::darkCheckBoxChanged);
     onClick(window.showDebugLogButton, &AppDelegate::showDebugLogFolder);
+    window.shouldClose = [this] { return applicationShouldTerminateAfterLastWindowClosed(); };
     QObject::connect(window.password, &QLineEdit::textChanged, &window,
                      [this](const QString& text) { passwordIsEmpty_ = text.isEmpty(); });
 }
@@ -144,6 +167,20 @@ void AppDelegate::connectAtLaunch()
         setConnected(true);
         clusterSession_.openTelnetConnection();
     }
+}
+
+bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed()
+{
+    // Asked once at a time, however often the window is told to close.
+    if (isAskingToQuit_)
+        return false;
+    const QScopedValueRollback asking(isAskingToQuit_, true);
+    if (asksToQuit(window))
+        return true;
+    window.show();
+    window.raise();
+    window.activateWindow();
+    return false;
 }
 
 void AppDelegate::applicationWillTerminate()
@@ -297,6 +334,20 @@ void AppDelegate::setReconnect(bool on)
 void AppDelegate::setConnected(bool on)
 {
     window.connected->setChecked(on);
+}
+
+WebPollerHost AppDelegate::pollerHost(const QCheckBox* feed, const QCheckBox* option,
+                                      const std::unique_ptr<SerialQueue>& queue,
+                                      std::function<void(const QByteArray&, bool)> parse)
+{
+    return {[feed] { return feed->isChecked(); }, [option] { return option && option->isChecked(); },
+            [&queue]() -> SerialQueue& { return *queue; }, [this] { return tb_medium_timeout_session(); },
+            std::move(parse)};
+}
+
+void AppDelegate::forward(const Spot& spot)
+{
+    platform_.mainQueue.async([this, spot] { spotNotification_.sendSpotCall(spot); });
 }
 
 void AppDelegate::takeSpotLine(const QString& line, const QString& node)

@@ -4,15 +4,21 @@
 #include "app/MainWindow.h"
 #include "cluster/ClusterHost.h"
 #include "cluster/ClusterSession.h"
+#include "cluster/Supervision.h"
 #include "delivery/LineBacklog.h"
 #include "delivery/LineDelivery.h"
 #include "delivery/LoggerPresence.h"
 #include "delivery/SpotNotification.h"
+#include "feeds/DxSummitFeed.h"
+#include "feeds/FeedAddresses.h"
+#include "feeds/FeedHost.h"
+#include "feeds/PotaFeed.h"
+#include "feeds/WebPoller.h"
+#include "feeds/WsprnetFeed.h"
 #include "platform/Platform.h"
 #include "util/ConsoleView.h"
 
 #include <QIcon>
-#include <QSet>
 
 #include <atomic>
 #include <memory>
@@ -23,14 +29,17 @@ namespace spotwell
 
 /// The one controller: owns the program's state for the life of the process and routes between the window,
 /// the subsystems and the platform. Main thread, unless it says otherwise.
-class AppDelegate final : private ClusterHost
+class AppDelegate final : private ClusterHost, private FeedHost
 {
 public:
     /// `version` is the program's own; the log file of each run goes to `logDirectory`.
-    AppDelegate(Platform platform, MainWindow& window, QString logDirectory, const QString& version);
+    AppDelegate(Platform platform, MainWindow& window, QString logDirectory, const FeedAddresses& addresses,
+                const QString& version);
 
     /// Start-up: everything the program does by itself begins here. Once.
     void applicationDidFinishLaunching();
+    /// Asks the user whether to quit. On false the window is to stay; it is in front then.
+    [[nodiscard]] bool applicationShouldTerminateAfterLastWindowClosed();
     /// Saves the settings and closes the cluster connection. Once, when the process is about to end.
     void applicationWillTerminate();
 
@@ -74,12 +83,16 @@ private:
     void showLineFinding(bool running);
 
     void lgwtStatusTimer();
-    // What these watch over and poll comes with the supervision and the web feeds.
-    void loginTimeoutTimer() {}
-    void reconnectTimer() {}
-    void wsprnetTimer() {}
-    void dxsummitTimer() {}
-    void potaTimer() {}
+    void loginTimeoutTimer() { supervision_.loginTimeoutTimer(); }
+    void reconnectTimer() { supervision_.reconnectTimer(); }
+    void wsprnetTimer() { wsprnetPoller_.tick(); }
+    void dxsummitTimer() { dxsummitPoller_.tick(); }
+    void potaTimer() { potaPoller_.tick(); }
+
+    /// What a poller needs, with the feed's box, its option's box (null for none), its queue and its parser.
+    [[nodiscard]] WebPollerHost pollerHost(const QCheckBox* feed, const QCheckBox* option,
+                                           const std::unique_ptr<SerialQueue>& queue,
+                                           std::function<void(const QByteArray&, bool)> parse);
 
     [[nodiscard]] QString dxclusterText() const override;
     [[nodiscard]] QString portText() const override;
@@ -93,6 +106,9 @@ private:
     void threadCheckWarning() const override { diagnostics_.threadCheckWarning(); }
     [[nodiscard]] SerialQueue& bufferQueue() override { return *spotwell_buffer_queue; }
     void takeSpotLine(const QString& line, const QString& node) override;
+
+    void forward(const Spot& spot) override;
+    bool pause(Seconds duration) override { return _tb_medium_timeout_session->pause(duration); }
 
     Platform platform_;
     MainWindow& window;
@@ -119,13 +135,23 @@ private:
     // depends-on: this object as its host, the sockets, the main queue, the clock, the converter, the log
     ClusterSession clusterSession_;
 
-    TimePoint _lastKeepAliveMessageTime = distantPast;
-    TimePoint _lastWsprnetTime = distantPast;
-    TimePoint _lastDxsummitTime = distantPast;
-    TimePoint _lastPotaTime = distantPast;
-    QSet<qint64> _dxsummit_objects;
-    QSet<qint64> _pota_objects;
-    QSet<QString> _wsprnet_objects;
+    // depends-on: this object as its host, clusterSession_, the clock, the log
+    Supervision supervision_;
+
+    // When each feed was last polled; written on the URL session's callback queue, too.
+    std::atomic<TimePoint> _lastWsprnetTime = distantPast;
+    std::atomic<TimePoint> _lastDxsummitTime = distantPast;
+    std::atomic<TimePoint> _lastPotaTime = distantPast;
+    // depends-on: this object as their host, the clock, the log
+    DxSummitFeed dxsummitFeed_;
+    PotaFeed potaFeed_;
+    WsprnetFeed wsprnetFeed_;
+    // depends-on: window, the stamps, the feeds, the clock, the log; the queues and the URL session when they
+    // poll
+    WebPoller wsprnetPoller_;
+    WebPoller dxsummitPoller_;
+    WebPoller potaPoller_;
+    bool isAskingToQuit_ = false;
 
     // depends-on: all of the above; ending one drops its work and waits for the piece in hand
     std::unique_ptr<UrlSession> _tb_medium_timeout_session;

@@ -8,6 +8,7 @@
 #include <QIcon>
 #include <QScreen>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QTextDocument>
 #include <QToolTip>
 
@@ -47,6 +48,9 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     describeConnection(false);
     connected->setMinimumWidth(std::max(width, connected->sizeHint().width()));
     connect(connected, &QAbstractButton::toggled, this, &MainWindow::describeConnection);
+
+    // The quit command is no slip, unlike a closed window: it is not asked about.
+    connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, qApp, &QCoreApplication::quit);
 
     describeBulb(tr("Not yet known whether Logwright runs"));
     resize(initialSize());

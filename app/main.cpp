@@ -5,6 +5,19 @@
 #include <QApplication>
 #include <QStyle>
 
+namespace
+{
+
+/// Where the feeds come from. Nothing changes these.
+spotwell::FeedAddresses feedAddresses()
+{
+    return {QStringLiteral("https://api.pota.app/spot/activator"),
+            QStringLiteral("http://www.dxsummit.fi/api/v1/spots"),
+            QStringLiteral("http://www.wsprnet.org/drupal/wsprnet/spots")};
+}
+
+} // namespace
+
 // Everything with a life of its own hangs off here: the toolkit, the platform's services, and the one
 // delegate.
 int main(int argc, char** argv)
@@ -20,9 +33,8 @@ int main(int argc, char** argv)
 
     LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION));
     MainWindow window;
-    AppDelegate delegate(platform.services(), window, LinuxPlatform::logDirectory(),
+    AppDelegate delegate(platform.services(), window, LinuxPlatform::logDirectory(), feedAddresses(),
                          QStringLiteral(SPOTWELL_VERSION));
-    // Not quit(), which would ask the window first.
     platform.onTermination([] { QApplication::exit(0); });
     QObject::connect(&application, &QApplication::aboutToQuit, &window, [&] {
         delegate.applicationWillTerminate();

@@ -46,6 +46,8 @@ public:
 
     /// The node of the current connection; empty before the first. From any thread.
     [[nodiscard]] QString telnetHostName() const;
+    /// Whether there is a connection, or one is being made: both of its streams exist.
+    [[nodiscard]] bool hasStreams() const { return iStream && oStream; }
     /// Whether the login was sent on the current connection.
     [[nodiscard]] bool isLoggedIn() const { return loggedIn; }
     /// The bytes read on the current connection, as a 32-bit number.

@@ -10,6 +10,7 @@
 #include "platform/linux/PosixProcessServices.h"
 #include "platform/linux/PosixSocketStreams.h"
 #include "platform/linux/QtUrlSession.h"
+#include "platform/linux/QuitEvents.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/SettingsUserDefaults.h"
 #include "platform/linux/StandardErrorLog.h"
@@ -38,6 +39,7 @@ struct LinuxPlatform::Parts {
     const QString userAgent;
     // First, so that a second signal finds it until the very end.
     std::unique_ptr<TerminationSignals> signals;
+    std::unique_ptr<QuitEvents> quitEvents;
     SystemClock clock;
     StandardErrorLog log;
     PosixProcessServices process;
@@ -95,6 +97,7 @@ Platform LinuxPlatform::services()
 
 void LinuxPlatform::onTermination(std::function<void()> requested)
 {
+    parts_->quitEvents = std::make_unique<QuitEvents>(requested);
     parts_->signals = std::make_unique<TerminationSignals>(std::move(requested));
 }
 

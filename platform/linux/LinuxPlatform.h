@@ -25,7 +25,8 @@ public:
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;
 
     [[nodiscard]] Platform services();
-    /// `requested` runs on the main thread when the system asks the process to end.
+    /// `requested` runs on the main thread when the process is to end: by a signal, with the desktop session, by
+    /// the quit command or the last window.
     void onTermination(std::function<void()> requested);
     /// Saves the settings and lets go of whatever waits for another program. From here on the process ends
     /// within a second, with code 0, also where something that cannot be interrupted (a proxy look-up, a

@@ -111,7 +111,11 @@ struct FakeProgram {
                                   },
                                   sockets, center, applications, scripts, fileViewer, defaults, converter,
                                   process, log},
-                         window, logDirectory, QStringLiteral("1.2.3")};
+                         window, logDirectory,
+                         FeedAddresses{QStringLiteral("https://pota.example.org/spot/activator"),
+                                       QStringLiteral("http://dxsummit.example.org/api/v1/spots"),
+                                       QStringLiteral("http://wsprnet.example.org/drupal/wsprnet/spots")},
+                         QStringLiteral("1.2.3")};
 };
 
 } // namespace spotwell

@@ -64,8 +64,7 @@ int main(int argc, char** argv)
     AppDelegate delegate({real.clock, real.mainQueue, real.makeSerialQueue, real.makeUrlSession, real.sockets,
                           real.notificationCenter, real.runningApplications, real.scriptRunner,
                           real.fileViewer, settings, real.textConverter, real.process, real.log},
-                         window, logs.path(), QStringLiteral(SPOTWELL_VERSION));
-    // Not quit(), which would ask the window first.
+                         window, logs.path(), FeedAddresses{}, QStringLiteral(SPOTWELL_VERSION));
     platform.onTermination([] { QApplication::exit(0); });
     QObject::connect(&application, &QApplication::aboutToQuit, &window, [&] {
         if (!options.screenshot.isEmpty() && !window.grab().save(options.screenshot))

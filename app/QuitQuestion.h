@@ -1,0 +1,12 @@
+#pragma once
+
+class QWidget;
+
+namespace spotwell
+{
+
+/// Asks in front of `window` whether to quit and waits for the answer; the program goes on meanwhile. True
+/// when the user chose to. Main thread.
+[[nodiscard]] bool asksToQuit(QWidget& window);
+
+} // namespace spotwell
