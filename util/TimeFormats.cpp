@@ -44,6 +44,35 @@ bool hasShape(QStringView text, QStringView shape)
     return true;
 }
 
+/// From this year on the formatter's calendar, which is the Julian one before 1582-10-15, is that of
+/// std::chrono.
+constexpr int firstCommonYear = 1600;
+
+/// The number that `digits`, all of them ASCII digits, denote.
+int number(QStringView digits)
+{
+    int value = 0;
+    for (const QChar digit : digits)
+        value = value * 10 + (digit.unicode() - u'0');
+    return value;
+}
+
+/// The time that `text`, which has one of the two shapes, denotes from firstCommonYear on: the formatter's
+/// answer at a hundredth of its cost.
+std::optional<TimePoint> commonTime(QStringView text)
+{
+    using namespace std::chrono;
+    const year_month_day date{year{number(text.first(4))},
+                              month{static_cast<unsigned>(number(text.sliced(5, 2)))},
+                              day{static_cast<unsigned>(number(text.sliced(8, 2)))}};
+    const int hour = number(text.sliced(11, 2));
+    const int minute = number(text.sliced(14, 2));
+    const int second = text.size() > 16 ? number(text.sliced(17, 2)) : 0;
+    if (!date.ok() || hour > 23 || minute > 59 || second > 59)
+        return std::nullopt;
+    return sys_days{date} + hours{hour} + minutes{minute} + seconds{second};
+}
+
 /// The formatter of `shared`, made on the first call; null when the platform cannot make one. The lock is
 /// held.
 icu::SimpleDateFormat* formatterIn(SharedFormatter& shared, const char16_t* pattern)
@@ -66,6 +95,8 @@ std::optional<TimePoint> read(QStringView text, SharedFormatter& shared, const c
 {
     if (!hasShape(text, shape))
         return std::nullopt;
+    if (number(text.first(4)) >= firstCommonYear)
+        return commonTime(text);
     const std::lock_guard lock(shared.mutex);
     icu::SimpleDateFormat* const formatter = formatterIn(shared, pattern);
     if (formatter == nullptr)

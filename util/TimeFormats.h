@@ -12,7 +12,7 @@ namespace spotwell
 
 // The time texts of the feeds and of the console, always in UTC and in the Gregorian calendar with Western
 // digits, whatever the user's locale and time zone. Callable from any thread. Each function keeps its
-// formatter from the first call on, for making one costs several times what using it does.
+// formatter from the first call that needs it, for making one costs several times what using it does.
 
 /// The time that `text` of the form 2024-03-01 23:59 denotes. Absent when the whole text does not have that
 /// form or there is no such time.

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 #include <unicode/locid.h>
+#include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
 #include <atomic>
 #include <clocale>
+#include <memory>
+#include <stdexcept>
 #include <stdlib.h>
+#include <string>
 #include <thread>
 #include <time.h>
 #include <vector>
@@ -32,6 +36,9 @@ void expectTheUsualResults()
     EXPECT_EQ(spotTime(at(2024, 3, 1, 7, 5, 0)), QStringLiteral("0705Z"));
     EXPECT_EQ(spotTime(at(2024, 3, 1, 19, 45, 0)), QStringLiteral("1945Z"));
     EXPECT_EQ(wsprnetDateAndTime(u"2567-03-01 23:59"), at(2567, 3, 1, 23, 59, 0));
+    // Days of the Julian calendar.
+    EXPECT_EQ(wsprnetDateAndTime(u"1550-03-01 23:59"), at(1550, 3, 11, 23, 59, 0));
+    EXPECT_EQ(jsonDateAndTime(u"1550-03-01T23:59:30"), at(1550, 3, 11, 23, 59, 30));
 }
 
 TEST(WsprnetDateAndTime, ReadsValidTimes)
@@ -153,10 +160,15 @@ TEST(TimeFormats, AreUsableFromManyThreadsAtOnce)
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&wrong, thread] {
+            // Also in a year that the readers leave to their formatters.
+            const bool julian = thread % 2 == 0;
             for (int minute = 0; minute < 60; ++minute) {
-                const QString text =
-                    QStringLiteral("2024-03-01 1%1:%2").arg(thread).arg(minute, 2, 10, QChar(u'0'));
-                const TimePoint expected = at(2024, 3, 1, 10 + thread, minute, 0);
+                const QString text = QStringLiteral("%1 1%2:%3")
+                                         .arg(julian ? u"1550-03-01" : u"2024-03-01")
+                                         .arg(thread)
+                                         .arg(minute, 2, 10, QChar(u'0'));
+                const TimePoint expected =
+                    julian ? at(1550, 3, 11, 10 + thread, minute, 0) : at(2024, 3, 1, 10 + thread, minute, 0);
                 const QString json = text.left(10) + u'T' + text.mid(11) + QStringLiteral(":00");
                 if (wsprnetDateAndTime(text) != expected || jsonDateAndTime(json) != expected ||
                     spotTime(expected) != QString(text.mid(11, 2) + text.mid(14) + u'Z'))
@@ -167,6 +179,97 @@ TEST(TimeFormats, AreUsableFromManyThreadsAtOnce)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(wrong, 0);
+}
+
+/// The readers' answers as a formatter alone gives them.
+class PlainFormatter
+{
+public:
+    explicit PlainFormatter(const char16_t* pattern)
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        formatter_ = std::make_unique<icu::SimpleDateFormat>(pattern, icu::Locale("en_US_POSIX"), status);
+        if (U_FAILURE(status) != 0)
+            throw std::runtime_error("no formatter");
+        formatter_->adoptTimeZone(icu::TimeZone::createTimeZone("UTC"));
+        formatter_->setLenient(false);
+    }
+
+    [[nodiscard]] std::optional<TimePoint> read(const std::string& text) const
+    {
+        icu::ParsePosition position(0);
+        const icu::UnicodeString given = icu::UnicodeString::fromUTF8(text);
+        const UDate milliseconds = formatter_->parse(given, position);
+        if (position.getIndex() != given.length())
+            return std::nullopt;
+        return TimePoint{std::chrono::milliseconds{static_cast<std::int64_t>(milliseconds)}};
+    }
+
+private:
+    std::unique_ptr<icu::SimpleDateFormat> formatter_;
+};
+
+/// Holds both readers against formatters of the test's own.
+class TimeFormatsAndTheFormatter : public testing::Test
+{
+protected:
+    void expectTheSame(int year, int month, int day, int hour, int minute, int second)
+    {
+        const auto date = QString::asprintf("%04d-%02d-%02d", year, month, day);
+        const auto clock = QString::asprintf("%02d:%02d", hour, minute);
+        const QString wsprnetText = date + u' ' + clock;
+        ASSERT_EQ(wsprnetDateAndTime(wsprnetText), wsprnet_.read(wsprnetText.toStdString()))
+            << wsprnetText.toStdString();
+        const QString jsonText = date + u'T' + clock + QString::asprintf(":%02d", second);
+        ASSERT_EQ(jsonDateAndTime(jsonText), json_.read(jsonText.toStdString())) << jsonText.toStdString();
+    }
+
+private:
+    PlainFormatter wsprnet_{u"yyyy-MM-dd HH:mm"};
+    PlainFormatter json_{u"yyyy-MM-dd'T'HH:mm:ss"};
+};
+
+TEST_F(TimeFormatsAndTheFormatter, AgreeOnDaysFromTheJulianCalendarToTheLastYear)
+{
+    for (const int year : {1,    4,    100,  999,  1000, 1500, 1581, 1582, 1583, 1599, 1600, 1601, 1604,
+                           1700, 1752, 1800, 1899, 1900, 1904, 1969, 1970, 1972, 1999, 2000, 2023, 2024,
+                           2027, 2038, 2100, 2101, 2400, 2401, 3000, 4000, 6000, 9996, 9999}) {
+        for (int month = 0; month <= 13; ++month) {
+            for (const int day : {0, 1, 4, 5, 10, 14, 15, 27, 28, 29, 30, 31, 32, 99})
+                expectTheSame(year, month, day, (year + month + day) % 24, (month * 31 + day) % 60,
+                              (year + day) % 60);
+        }
+    }
+    for (int year = 1599; year <= 2401; ++year) {
+        expectTheSame(year, 2, 28, 23, 59, 59);
+        expectTheSame(year, 2, 29, 0, 0, 0);
+        expectTheSame(year, 3, 1, 12, 30, 30);
+        expectTheSame(year, 1 + year % 12, 1 + year % 28, year % 24, year % 60, year % 60);
+    }
+}
+
+TEST_F(TimeFormatsAndTheFormatter, AgreeOnEveryDayOfALeapYearAndTheOneBefore)
+{
+    for (const int year : {2023, 2024}) {
+        for (int month = 1; month <= 12; ++month) {
+            for (int day = 1; day <= 31; ++day)
+                expectTheSame(year, month, day, 7, 5, 9);
+        }
+    }
+}
+
+TEST_F(TimeFormatsAndTheFormatter, AgreeOnFieldsThatAreOutOfRange)
+{
+    for (const int year : {0, 1599, 1600, 2024, 9999}) {
+        for (const int month : {0, 1, 12, 13, 20, 99}) {
+            for (const int hour : {0, 23, 24, 25, 99}) {
+                for (const int minute : {0, 59, 60, 61, 99})
+                    expectTheSame(year, month, 1, hour, minute, 0);
+            }
+        }
+        for (const int second : {0, 59, 60, 61, 99})
+            expectTheSame(year, 12, 31, 23, 59, second);
+    }
 }
 
 /// Another user's machine: a default locale and a default time zone, of ICU and of the process. The
