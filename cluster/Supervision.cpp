@@ -1,5 +1,7 @@
 #include "cluster/Supervision.h"
 
+#include "util/NumberText.h"
+
 namespace spotwell
 {
 
@@ -16,7 +18,7 @@ constexpr Seconds idleBeforeReconnect{60};
 QString waitedFor(Seconds span, const char* what)
 {
     return QStringLiteral("Waited %1 seconds for %2, giving up.")
-        .arg(QString::number(span.count(), 'f', 0), QLatin1String(what));
+        .arg(fixedNumber(span.count(), 0), QLatin1String(what));
 }
 
 } // namespace
@@ -79,7 +81,7 @@ void Supervision::reconnectTimer()
 void Supervision::disconnectSilentNode(Seconds idle)
 {
     const QString text = QStringLiteral("Nothing heard from %1 in %2 minutes")
-                             .arg(host_.dxclusterText(), QString::number(idle.count() / 60, 'f', 1));
+                             .arg(host_.dxclusterText(), fixedNumber(idle.count() / 60, 1));
     host_.appendText(text);
     log_.line(text);
     session_.closeTelnetConnection();

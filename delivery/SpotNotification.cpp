@@ -1,8 +1,8 @@
 #include "delivery/SpotNotification.h"
 
+#include "util/NumberText.h"
 #include "util/TimeFormats.h"
 
-#include <charconv>
 #include <utility>
 
 namespace spotwell
@@ -22,13 +22,10 @@ QString inColumns(const std::optional<QString>& text, qsizetype columns)
     return text.value_or(QString()).leftJustified(columns, QLatin1Char(' '), true);
 }
 
-// "%8.1f" whatever the locale.
+// "%8.1f"
 QString kilohertzColumns(double megahertz)
 {
-    char digits[400];
-    const auto end =
-        std::to_chars(digits, digits + sizeof digits, megahertz * 1000.0, std::chars_format::fixed, 1);
-    return QString::fromLatin1(digits, end.ptr - digits).rightJustified(frequencyColumns);
+    return fixedNumber(megahertz * 1000.0, 1).rightJustified(frequencyColumns);
 }
 
 void addText(UserInfo& info, const QString& key, const std::optional<QString>& text)
