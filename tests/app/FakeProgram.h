@@ -53,6 +53,8 @@ struct FakeProgram {
         process.note = note;
         log.note = note;
         factories = note;
+        for (FakeSerialQueue* made : queues)
+            made->note = note;
     }
     /// The console's entries.
     [[nodiscard]] QStringList console() const

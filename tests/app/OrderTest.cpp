@@ -1,5 +1,6 @@
 #include "tests/app/FakeProgram.h"
 
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 namespace spotwell
@@ -69,6 +70,31 @@ TEST_F(OrderTest, TheStepsOfStartUp)
                                "status:[1]");
     program.launch();
     EXPECT_EQ(program.journal, expected);
+}
+
+TEST_F(OrderTest, TheTimersOfASecond)
+{
+    program.defaults.booleans[QStringLiteral("reconnect")] = true;
+    for (const char* feed : {"wsprnet", "dxsummit", "pota"})
+        program.defaults.booleans[QLatin1String(feed)] = true;
+    launch();
+    // The first tick comes late: the silent node is given up, and there was no word for more than a minute.
+    program.clock.advance(Seconds{100});
+    program.mainQueue.advance(Seconds{0});
+    QStringList first = program.journal.mid(
+        0, program.journal.indexOf(QRegularExpression(QStringLiteral("^work for .*pota.*$"))) + 1);
+    first.removeIf([](const QString& entry) { return entry.startsWith(QLatin1String("log Node:")); });
+    EXPECT_EQ(
+        first,
+        (QStringList{QStringLiteral("log DXClusterController:loginTimeoutTimer:Waited 30 seconds for "
+                                    "data, giving up."),
+                     QStringLiteral("log DXClusterController:sendTelnet:[5]characters:quit\n"),
+                     QStringLiteral("log closeTelnetConnection"),
+                     QStringLiteral("log Attempting Reconnect with dxc.example.org"),
+                     QStringLiteral("log openTelnetConnection"), QStringLiteral("streams to dxc.example.org"),
+                     QStringLiteral("work for com.tarnbrooksoftware.spotwell_wsprnet_background_queue"),
+                     QStringLiteral("work for com.tarnbrooksoftware.spotwell_dxsummit_background_queue"),
+                     QStringLiteral("work for com.tarnbrooksoftware.spotwell_pota_background_queue")}));
 }
 
 TEST_F(OrderTest, TheWindowIsDressedBeforeTheLoggerIsLookedFor)

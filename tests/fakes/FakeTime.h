@@ -113,7 +113,11 @@ class FakeSerialQueue final : public SerialQueue
 public:
     explicit FakeSerialQueue(QString label = {}) : label_(std::move(label)) {}
 
-    void async(Task task) override { pending_.push_back(std::move(task)); }
+    void async(Task task) override
+    {
+        note(QStringLiteral("work for ") + label_);
+        pending_.push_back(std::move(task));
+    }
     bool pause(Seconds duration) override
     {
         pauses.push_back(duration);
@@ -139,6 +143,7 @@ public:
 
     std::vector<Seconds> pauses;
     bool ending = false;
+    Note note = ignore;
 
 private:
     QString label_;
