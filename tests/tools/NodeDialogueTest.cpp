@@ -256,7 +256,7 @@ TEST_F(NodeTest, closesOrderlyAlthoughTheClientTalks)
 
 TEST_F(NodeTest, doesNotWaitForeverForAClientsFarewell)
 {
-    plays("send \"bye\"\n", NodeLimits{Seconds{30}, Seconds{0.05}, 1 << 16});
+    plays("send \"bye\"\n", ConnectionLimits{Seconds{30}, Seconds{0.05}, 1 << 16});
     ScriptedClient& client = connects();
     client.hears("bye");
     client.hearsTheEnd();

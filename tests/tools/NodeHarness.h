@@ -131,14 +131,14 @@ private:
 class NodeTest : public testing::Test
 {
 protected:
-    void plays(const QByteArray& text, NodeLimits limits = {})
+    void plays(const QByteArray& text, ConnectionLimits limits = {})
     {
         auto parsed = parseScenario(text, QStringLiteral("test.scenario"));
         const auto* error = std::get_if<ScenarioError>(&parsed);
         ASSERT_EQ(error, nullptr) << qPrintable(error->text());
         node_ = std::make_unique<NodeServer>(
             std::get<Scenario>(std::move(parsed)), clock_, report_, [this] { ++sessionsOver_; }, limits);
-        ASSERT_EQ(node_->listen(0), QString{});
+        ASSERT_EQ(node_->listen({}), QString{});
     }
     ScriptedClient& connects(int receiveBuffer = 0)
     {

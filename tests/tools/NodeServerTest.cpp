@@ -45,7 +45,7 @@ TEST_F(NodeTest, letsFurtherClientsWait)
         QCoreApplication::processEvents();
     further.read();
     EXPECT_TRUE(further.heard().isEmpty());
-    EXPECT_EQ(node_->sessions().size(), NodeServer::mostConnections);
+    EXPECT_EQ(node_->connections().size(), NodeServer::mostConnections);
     clients_.front().leaves();
     further.hears("hi");
 }
@@ -70,7 +70,7 @@ TEST_F(NodeTest, saysWhyItCannotListen)
     const std::uint16_t taken = node_->port();
     auto parsed = parseScenario("wait 1\n", u"test.scenario"_qs);
     NodeServer second{std::get<Scenario>(std::move(parsed)), clock_, report_, [] {}};
-    EXPECT_TRUE(second.listen(taken).startsWith(u"127.0.0.1:%1: "_qs.arg(taken)));
+    EXPECT_TRUE(second.listen({QHostAddress::LocalHost, taken}).startsWith(u"127.0.0.1:%1: "_qs.arg(taken)));
 }
 
 } // namespace

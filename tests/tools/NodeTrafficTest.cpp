@@ -42,8 +42,8 @@ TEST_F(NodeTest, cutsOnlyWhenEverythingHasArrived)
 {
     plays("repeat 4\nsend \"" + QByteArray(60'000, 'x') + "\"\nend\ncut 0\nsend \"y\"\n");
     ScriptedClient& client = connects(8192);
-    EXPECT_TRUE(
-        waitUntil([&] { return !node_->sessions().empty() && node_->sessions().front().queued() == 0; }));
+    EXPECT_TRUE(waitUntil(
+        [&] { return !node_->connections().empty() && node_->connections().front()->queued() == 0; }));
     waitsFor(u"sent"_qs, 4);
     for (int turn = 0; turn < 200; ++turn)
         QCoreApplication::processEvents();
@@ -77,8 +77,8 @@ TEST_F(NodeTest, catchesUpWhenTheClientWasSlow)
     // Far more than the system buffers is due before the client begins to read.
     plays("spots 3000 at 3000 length 4096\n");
     ScriptedClient& client = connects(8192);
-    EXPECT_TRUE(
-        waitUntil([&] { return !node_->sessions().empty() && node_->sessions().front().queued() > 0; }));
+    EXPECT_TRUE(waitUntil(
+        [&] { return !node_->connections().empty() && node_->connections().front()->queued() > 0; }));
     EXPECT_TRUE(waitUntil([&] { return client.read(), client.ended(); }));
     EXPECT_EQ(numbers(client.heard()).size(), 3000U);
 }
@@ -98,8 +98,8 @@ TEST_F(NodeTest, floodsWithoutHoardingWhenTheClientDoesNotRead)
     constexpr qint64 size = 50'000'000;
     plays("flood 50000000\n");
     ScriptedClient& client = connects(8192);
-    EXPECT_TRUE(
-        waitUntil([&] { return !node_->sessions().empty() && node_->sessions().front().queued() > 0; }));
+    EXPECT_TRUE(waitUntil(
+        [&] { return !node_->connections().empty() && node_->connections().front()->queued() > 0; }));
     qsizetype most = 0;
     qint64 taken = 0;
     EXPECT_TRUE(waitUntil(
@@ -107,8 +107,8 @@ TEST_F(NodeTest, floodsWithoutHoardingWhenTheClientDoesNotRead)
             client.read();
             client.reads.clear();
             taken += client.takeHeard().size();
-            if (!node_->sessions().empty())
-                most = std::max(most, node_->sessions().front().queued());
+            if (!node_->connections().empty())
+                most = std::max(most, node_->connections().front()->queued());
             return client.ended();
         },
         Seconds{90}));
@@ -129,18 +129,18 @@ TEST_F(NodeTest, boundsTheQueueOfRepeatedTexts)
 {
     plays("repeat forever\nsend \"" + QByteArray(1000, 'x') + "\"\nend\n");
     ScriptedClient& client = connects(8192);
-    EXPECT_TRUE(
-        waitUntil([&] { return !node_->sessions().empty() && node_->sessions().front().queued() >= 65536; }));
+    EXPECT_TRUE(waitUntil(
+        [&] { return !node_->connections().empty() && node_->connections().front()->queued() >= 65536; }));
     for (int turn = 0; turn < 200; ++turn)
         QCoreApplication::processEvents();
-    EXPECT_LT(node_->sessions().front().queued(), 65536 + 1000);
+    EXPECT_LT(node_->connections().front()->queued(), 65536 + 1000);
     client.breaksAway();
     ends();
 }
 
 TEST_F(NodeTest, givesUpOnAClientThatTakesNothing)
 {
-    plays("flood 50000000\n", NodeLimits{Seconds{0.1}, Seconds{2}, 1 << 16});
+    plays("flood 50000000\n", ConnectionLimits{Seconds{0.1}, Seconds{2}, 1 << 16});
     connects(8192);
     ends();
     EXPECT_EQ(failure(), u"test.scenario:1 the client's reading: it took no bytes for 0.1 s"_qs);
@@ -149,7 +149,7 @@ TEST_F(NodeTest, givesUpOnAClientThatTakesNothing)
 
 TEST_F(NodeTest, givesUpOnAClientThatTalksWithoutEnd)
 {
-    plays("send \"?\"\nwait 60\n", NodeLimits{Seconds{30}, Seconds{2}, 10'000});
+    plays("send \"?\"\nwait 60\n", ConnectionLimits{Seconds{30}, Seconds{2}, 10'000});
     ScriptedClient& client = connects();
     client.hears("?");
     client.says(QByteArray(10'000, 'x'));

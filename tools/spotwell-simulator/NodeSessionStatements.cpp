@@ -15,11 +15,6 @@ constexpr qint64 linesAtOnce = 64;
 /// Turns of lines generated before the event loop has its own turn again.
 constexpr int turnsAtOnce = 64;
 
-Moment::duration ticks(Seconds span)
-{
-    return std::chrono::ceil<Moment::duration>(span);
-}
-
 QString inSeconds(Seconds span)
 {
     return QString::number(span.count(), 'f', 3) + QStringLiteral(" s");
@@ -35,9 +30,9 @@ QString described(const ExpectText& expect)
 
 bool NodeSession::advance(const Send& send)
 {
-    if (socket_.clientLeft())
+    if (socket_->clientLeft())
         return true;
-    if (socket_.queued() >= fullQueue && !settled() && socket_.queued() >= fullQueue)
+    if (socket_->queued() >= fullQueue && !settled() && socket_->queued() >= fullQueue)
         return false;
     queue(send.bytes);
     noteSent(send.bytes.size(), send.bytes.count('\n'));
@@ -48,9 +43,9 @@ bool NodeSession::advance(const Cut& cut)
 {
     if (!begun())
         return false;
-    if (socket_.clientLeft())
+    if (socket_->clientLeft())
         return true;
-    if (!arrivedAt_ && socket_.allArrived())
+    if (!arrivedAt_ && socket_->allArrived())
         arrivedAt_ = now_;
     if (!arrivedAt_ && now_ >= *startedAt_ + ticks(setting_.limits.stall))
         return fail(
@@ -62,7 +57,7 @@ bool NodeSession::advance(const Cut& cut)
 
 bool NodeSession::advance(const Spots& spots)
 {
-    for (int turn = 0; produced_ < spots.count && !socket_.clientLeft(); ++turn) {
+    for (int turn = 0; produced_ < spots.count && !socket_->clientLeft(); ++turn) {
         if (!begun())
             return false;
         if (produced_ == 0)
@@ -93,7 +88,7 @@ bool NodeSession::advance(const Spots& spots)
 
 bool NodeSession::advance(const Flood& flood)
 {
-    for (int turn = 0; producedBytes_ < flood.bytes && !socket_.clientLeft(); ++turn) {
+    for (int turn = 0; producedBytes_ < flood.bytes && !socket_->clientLeft(); ++turn) {
         if (!begun())
             return false;
         if (producedBytes_ == 0)
@@ -119,7 +114,7 @@ bool NodeSession::advance(const Wait& wait)
 {
     if (!begun())
         return false;
-    if (socket_.clientLeft())
+    if (socket_->clientLeft())
         return true;
     wakeAt(*startedAt_ + ticks(wait.duration));
     return now_ >= *startedAt_ + ticks(wait.duration);
@@ -135,9 +130,9 @@ bool NodeSession::advance(const ExpectText& expect)
         return fail(what, QStringLiteral("%1 came").arg(unread()));
     if (found.match == Inbox::Match::matched)
         return judge(what, found, expect);
-    if (socket_.clientLeft())
+    if (socket_->clientLeft())
         return fail(what, QStringLiteral("the client left; %1 came").arg(unread()));
-    const Moment deadline = (expect.after ? socket_.lastWrite() : *startedAt_) + ticks(expect.within);
+    const Moment deadline = (expect.after ? socket_->lastWrite() : *startedAt_) + ticks(expect.within);
     if (now_ >= deadline)
         return fail(what, QStringLiteral("%1 came within %2").arg(unread(), inSeconds(expect.within)));
     wakeAt(deadline);
@@ -146,11 +141,11 @@ bool NodeSession::advance(const ExpectText& expect)
 
 bool NodeSession::judge(const QString& what, const Inbox::Comparison& found, const ExpectText& expect)
 {
-    if (expect.after && found.at < socket_.lastWrite() + ticks(*expect.after)) {
+    if (expect.after && found.at < socket_->lastWrite() + ticks(*expect.after)) {
         return fail(what, QStringLiteral("it came %1 after what was sent last, not to come before %2")
                               .arg(inSeconds(sinceLastSend(found.at)), inSeconds(*expect.after)));
     }
-    const Moment reference = expect.after ? socket_.lastWrite() : *startedAt_;
+    const Moment reference = expect.after ? socket_->lastWrite() : *startedAt_;
     if (found.at > reference + ticks(expect.within)) {
         return fail(what, QStringLiteral("it came after %1, not within %2")
                               .arg(inSeconds(found.at - reference), inSeconds(expect.within)));
@@ -166,7 +161,7 @@ bool NodeSession::advance(const ExpectNothing& expect)
     const QString what = QStringLiteral("expect nothing for %1").arg(inSeconds(expect.duration));
     if (!inbox_.isEmpty())
         return fail(what, QStringLiteral("%1 came").arg(unread()));
-    if (socket_.clientLeft())
+    if (socket_->clientLeft())
         return fail(what, QStringLiteral("the client left"));
     const Moment deadline = *startedAt_ + ticks(expect.duration);
     if (now_ >= deadline)
@@ -184,7 +179,7 @@ bool NodeSession::advance(const ExpectClose& expect)
         inbox_.clear();
     if (!inbox_.isEmpty())
         return fail(what, QStringLiteral("%1 came").arg(unread()));
-    if (socket_.clientLeft())
+    if (socket_->clientLeft())
         return pass(what, now_);
     const Moment deadline = *startedAt_ + ticks(expect.within);
     if (now_ >= deadline)
@@ -198,7 +193,7 @@ bool NodeSession::advance(const StaySilent& stay)
     if (!begun())
         return false;
     inbox_.clear();
-    if (socket_.clientLeft())
+    if (socket_->clientLeft())
         return true;
     if (!stay.duration)
         return false;
@@ -210,7 +205,7 @@ bool NodeSession::advance(const HalfClose&)
 {
     if (!begun())
         return false;
-    socket_.shutdownWrite();
+    socket_->shutdownWrite();
     return true;
 }
 
@@ -224,15 +219,13 @@ bool NodeSession::advance(const Reset&)
 {
     if (!settled())
         return false;
-    beginToLeave();
-    socket_.reset();
-    end(QStringLiteral("reset"));
+    breakOff();
     return false;
 }
 
 bool NodeSession::advance(const Repeat& repeat)
 {
-    if (!socket_.clientLeft())
+    if (!socket_->clientLeft())
         cursor_.enter(repeat);
     return true;
 }

@@ -1,5 +1,7 @@
 #include "tools/spotwell-simulator/Simulator.h"
 
+#include "tools/spotwell-simulator/NodeServer.h"
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -30,9 +32,9 @@ QString Simulator::start(const QString& folder)
             return QStringLiteral("--set: no scenario has a variable \"%1\"").arg(*given);
     }
     for (Scenario& scenario : scenarios) {
-        NodeServer& node =
-            nodes_.emplace_back(std::move(scenario), clock_, report_, [this] { finishIfPlayed(); });
-        QString error = node.listen(options_.port);
+        servers_.push_back(
+            std::make_unique<NodeServer>(std::move(scenario), clock_, report_, [this] { finishIfPlayed(); }));
+        QString error = servers_.back()->listen({QHostAddress::LocalHost, options_.port});
         if (!error.isNull())
             return error;
     }
@@ -52,19 +54,20 @@ void Simulator::finishIfPlayed()
 
 bool Simulator::allPlayed() const
 {
-    return std::all_of(nodes_.begin(), nodes_.end(), [](const NodeServer& node) { return node.allPlayed(); });
+    return std::all_of(servers_.begin(), servers_.end(),
+                       [](const auto& server) { return server->allPlayed(); });
 }
 
 void Simulator::stop()
 {
-    for (NodeServer& node : nodes_)
-        node.stop();
+    for (const auto& server : servers_)
+        server->stop();
 }
 
 ExitCode Simulator::exitCode() const
 {
-    const bool failed = std::any_of(nodes_.begin(), nodes_.end(),
-                                    [](const NodeServer& node) { return node.failedChecks() > 0; });
+    const bool failed = std::any_of(servers_.begin(), servers_.end(),
+                                    [](const auto& server) { return server->failedChecks() > 0; });
     return failed || (options_.once && !allPlayed()) ? ExitCode::checkFailed : ExitCode::allHeld;
 }
 

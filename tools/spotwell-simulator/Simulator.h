@@ -1,12 +1,12 @@
 #pragma once
 
-#include "tools/spotwell-simulator/NodeServer.h"
 #include "tools/spotwell-simulator/Options.h"
+#include "tools/spotwell-simulator/Server.h"
 
 #include <QTimer>
 
 #include <functional>
-#include <list>
+#include <memory>
 #include <vector>
 
 namespace spotwell::simulator
@@ -19,7 +19,7 @@ enum class ExitCode : int {
     badUsage = 2,
 };
 
-/// The whole of it: a node for each scenario, from the first port to the last check.
+/// The whole of it: a server for each scenario, from the first port to the last check.
 class Simulator
 {
 public:
@@ -30,7 +30,6 @@ public:
     /// Reads the scenarios, looking for shipped ones in `folder`, and begins to listen. Null, or what is
     /// wrong.
     [[nodiscard]] QString start(const QString& folder);
-    [[nodiscard]] const std::list<NodeServer>& nodes() const { return nodes_; }
     /// Ends all connections and reports the end.
     void stop();
     /// The outcome, after stop().
@@ -44,7 +43,7 @@ private:
     const Clock& clock_;
     const Report& report_;
     std::function<void()> finished_;
-    std::list<NodeServer> nodes_;
+    std::vector<std::unique_ptr<Server>> servers_;
     QTimer timeout_;
 };
 

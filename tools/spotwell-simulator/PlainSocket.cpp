@@ -1,4 +1,4 @@
-#include "tools/spotwell-simulator/NodeSocket.h"
+#include "tools/spotwell-simulator/PlainSocket.h"
 
 #include <array>
 #include <cerrno>
@@ -22,18 +22,14 @@ bool triesAgain(int error)
 
 } // namespace
 
-NodeSocket::NodeSocket(int descriptor, std::function<void()> activity)
-    : descriptor_(descriptor), activity_(std::move(activity))
+PlainSocket::~PlainSocket()
 {
+    endConnection();
 }
 
-NodeSocket::~NodeSocket()
+void PlainSocket::start(std::function<void()> activity)
 {
-    close();
-}
-
-void NodeSocket::start()
-{
+    activity_ = std::move(activity);
     lastWrite_ = Moment::clock::now();
     lastRead_ = lastWrite_;
     const int yes = 1;
@@ -45,7 +41,7 @@ void NodeSocket::start()
     QObject::connect(writing_.get(), &QSocketNotifier::activated, writing_.get(), [this] { readyToWrite(); });
 }
 
-void NodeSocket::flush()
+void PlainSocket::flush()
 {
     qsizetype sent = 0;
     while (isOpen() && sent < outgoing_.size()) {
@@ -70,18 +66,18 @@ void NodeSocket::flush()
         writing_->setEnabled(!outgoing_.isEmpty());
 }
 
-bool NodeSocket::allArrived() const
+bool PlainSocket::allArrived() const
 {
     int unconfirmed = 0;
     return !isOpen() || ioctl(descriptor_, SIOCOUTQ, &unconfirmed) != 0 || unconfirmed == 0;
 }
 
-QByteArray NodeSocket::takeReceived()
+QByteArray PlainSocket::takeReceived()
 {
     return std::exchange(received_, {});
 }
 
-void NodeSocket::readyToRead()
+void PlainSocket::readyToRead()
 {
     std::array<char, 4096> buffer;
     const ssize_t count = recv(descriptor_, buffer.data(), buffer.size(), 0);
@@ -94,13 +90,13 @@ void NodeSocket::readyToRead()
     activity_();
 }
 
-void NodeSocket::readyToWrite()
+void PlainSocket::readyToWrite()
 {
     writing_->setEnabled(false);
     activity_();
 }
 
-void NodeSocket::leave(bool broken)
+void PlainSocket::leave(bool broken)
 {
     clientLeft_ = true;
     broken_ = broken_ || broken;
@@ -108,13 +104,18 @@ void NodeSocket::leave(bool broken)
     reading_->setEnabled(false);
 }
 
-void NodeSocket::shutdownWrite()
+void PlainSocket::shutdownWrite()
 {
     if (isOpen())
         shutdown(descriptor_, SHUT_WR);
 }
 
-void NodeSocket::close()
+void PlainSocket::close()
+{
+    endConnection();
+}
+
+void PlainSocket::endConnection()
 {
     if (!isOpen())
         return;
@@ -126,7 +127,7 @@ void NodeSocket::close()
     ::close(std::exchange(descriptor_, -1));
 }
 
-void NodeSocket::reset()
+void PlainSocket::reset()
 {
     if (!isOpen())
         return;
