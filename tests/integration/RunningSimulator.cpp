@@ -36,9 +36,9 @@ qsizetype RunningSimulator::count(QStringView event, QStringView key, const QJso
     return found;
 }
 
-std::optional<int> RunningSimulator::waitForEnd()
+std::optional<int> RunningSimulator::waitForEnd(std::chrono::milliseconds deadline)
 {
-    if (!waitUntil([this] { return process_.state() == QProcess::NotRunning; }))
+    if (!waitUntil([this] { return process_.state() == QProcess::NotRunning; }, deadline))
         return std::nullopt;
     return process_.exitCode();
 }
