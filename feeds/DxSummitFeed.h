@@ -19,10 +19,11 @@ public:
     DxSummitFeed(FeedHost& host, Log& log) : host_(host), log_(log) {}
 
     /// Forwards what is new in `body`, from its last element to its first; with `dxsExclusive` only the spots
-    /// that were given to the service itself, whose spotter ends with "-@".
+    /// that were given to the service itself, whose spotter ends with "-@". What is no array is told to the
+    /// log and changes nothing.
     void parseDxSummitData(const QByteArray& body, bool dxsExclusive);
 
-    /// The ids of all spots that were seen, forwarded or not.
+    /// What all spots that were seen are known by, forwarded or not, see idOf().
     [[nodiscard]] const QSet<QJsonValue>& remembered() const { return _dxsummit_objects; }
 
 private:

@@ -4,8 +4,12 @@
 #include "platform/Log.h"
 
 #include <QByteArray>
+#include <QJsonArray>
 #include <QJsonValue>
 #include <QSet>
+
+#include <compare>
+#include <vector>
 
 namespace spotwell
 {
@@ -18,14 +22,27 @@ class PotaFeed
 public:
     PotaFeed(FeedHost& host, Log& log) : host_(host), log_(log) {}
 
-    /// Forwards what is new in `body`, the oldest first; with `showSkimmers` also what automatic receivers
-    /// heard.
+    /// Forwards what is new in `body`, the oldest first and those without a readable time last, in the
+    /// answer's order where times are equal; with `showSkimmers` also what automatic receivers heard. What is
+    /// no array is told to the log and changes nothing.
     void parsePotaData(const QByteArray& body, bool showSkimmers);
 
-    /// The ids of the spots that were forwarded.
+    /// What the spots that were forwarded are known by, see idOf().
     [[nodiscard]] const QSet<QJsonValue>& remembered() const { return _pota_objects; }
 
 private:
+    /// An element of an answer that is to be forwarded at its turn.
+    struct Candidate {
+        /// The last of all times when there is none that can be read.
+        TimePoint time;
+        qsizetype index;
+
+        auto operator<=>(const Candidate&) const = default;
+    };
+
+    /// What of `spots` was not forwarded before and is wanted, the oldest first.
+    [[nodiscard]] std::vector<Candidate> oldestFirst(const QJsonArray& spots, bool showSkimmers) const;
+
     FeedHost& host_;
     Log& log_;
     QSet<QJsonValue> _pota_objects;

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/Log.h"
+#include "platform/Time.h"
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QSet>
+#include <QString>
+
+#include <optional>
+
+namespace spotwell
+{
+
+// What the feeds that answer in JSON have in common: how an answer, its elements and their keys are read. A
+// value of an unexpected kind is taken as null is, a text for a latitude say. All are callable from any
+// thread.
+
+/// The array that the whole of `body` is (RFC 8259, in UTF-8). Absent when it is something else or cut off.
+[[nodiscard]] std::optional<QJsonArray> spotsIn(const QByteArray& body);
+
+/// By what `spot` is known to a feed: its number under `key`, whole numbers exact and 7.0 the same as 7. A
+/// spot without such a number is known by all it says, as a digest, so that its length does not matter.
+[[nodiscard]] QJsonValue idOf(const QJsonObject& spot, QLatin1String key);
+
+/// Adds `id` to what a feed remembers. False when it was there before.
+bool remember(QSet<QJsonValue>& remembered, const QJsonValue& id);
+
+/// The text under `key`, as it was read: it may hold U+0000 and lone surrogates. Empty for null; absent when
+/// there is no such key.
+[[nodiscard]] std::optional<QString> textOf(const QJsonObject& spot, QLatin1String key);
+
+/// The number under `key`. Absent for null and when there is no such key.
+[[nodiscard]] std::optional<double> numberOf(const QJsonObject& spot, QLatin1String key);
+
+/// The kilohertz under `key`, a number or a text that begins with one, in megahertz; 0 for all else.
+[[nodiscard]] double megahertzOf(const QJsonObject& spot, QLatin1String key);
+
+/// The time under `key`, of the form 2024-03-01T23:59:30 in UTC. Absent when it cannot be read.
+[[nodiscard]] std::optional<TimePoint> timeOf(const QJsonObject& spot, QLatin1String key);
+
+/// Tells the log of the elements of one answer that are no objects, in few enough lines that a service cannot
+/// fill the disk with them.
+class StrayElements
+{
+public:
+    /// That many elements get a line of their own.
+    static constexpr qsizetype mostLines = 20;
+
+    /// `operation` is the name that begins the log lines; `log` must outlive this object.
+    StrayElements(QLatin1String operation, Log& log) : operation_(operation), log_(log) {}
+
+    /// The element at `index`, counted from 0, is none.
+    void skip(qsizetype index);
+    /// All elements were seen: says how many more there were.
+    void end() const;
+
+private:
+    QLatin1String operation_;
+    Log& log_;
+    qsizetype count_ = 0;
+};
+
+} // namespace spotwell
