@@ -72,6 +72,9 @@ struct HourTest : testing::Test {
             return;
         }
         node.inputEvent(StreamEvent::openCompleted);
+        // Within the two minutes that a new connection has for its login.
+        if (second % 100 == 0)
+            node.receive("login: ");
         node.receive(
             QByteArray("DX de W1AW:      21205.0  X1X          CQ                             1428Z\r\n")
                 .repeated(10));
