@@ -51,8 +51,7 @@ std::int32_t countRows(QByteArrayView page)
 /// The last line of `page`, and `page` without it and its line feed.
 QByteArrayView takeLastLine(QByteArrayView& page)
 {
-    const void* const feed = ::memrchr(page.data(), '\n', static_cast<std::size_t>(page.size()));
-    const qsizetype start = feed == nullptr ? 0 : static_cast<const char*>(feed) + 1 - page.data();
+    const qsizetype start = std::find(page.rbegin(), page.rend(), '\n').base() - page.begin();
     const QByteArrayView line = page.sliced(start);
     page = page.first(std::max<qsizetype>(start - 1, 0));
     return line;
