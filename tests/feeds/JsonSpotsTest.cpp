@@ -1,0 +1,275 @@
+#include "feeds/JsonSpots.h"
+
+#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/Printers.h"
+#include "tests/feeds/SpotTexts.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace spotwell
+{
+
+namespace
+{
+
+using namespace Qt::Literals::StringLiterals;
+
+/// The JSON text `json` as an object.
+QJsonObject objectOf(const QByteArray& json)
+{
+    const std::optional<QJsonArray> spots = spotsIn(array({json}));
+    EXPECT_TRUE(spots && spots->size() == 1 && spots->at(0).isObject()) << json.toStdString();
+    return spots ? spots->at(0).toObject() : QJsonObject();
+}
+
+QJsonValue idIn(const QByteArray& json)
+{
+    return idOf(objectOf(json), "id"_L1);
+}
+
+} // namespace
+
+TEST(JsonSpots, AreArrays)
+{
+    const std::vector<std::pair<QByteArray, qsizetype>> bodies = {
+        {"[]", 0},
+        {" \r\n\t[ ] \n", 0},
+        {"[{}]", 1},
+        {"[{\"a\":[1,2]},{}]", 2},
+        {"[1,\"two\",null,true,[],{}]", 6},
+        {"[\"\xc3\xa9\"]", 1},
+        {QByteArray(500, '[') + QByteArray(500, ']'), 1},
+    };
+    for (const auto& [body, count] : bodies) {
+        const std::optional<QJsonArray> spots = spotsIn(body);
+        ASSERT_TRUE(spots) << body.toStdString();
+        EXPECT_EQ(spots->size(), count) << body.toStdString();
+    }
+}
+
+TEST(JsonSpots, AreNothingElse)
+{
+    const std::vector<QByteArray> bodies = {
+        " ",
+        "{}",
+        "{\"spots\":[{}]}",
+        "\"text\"",
+        "7",
+        "null",
+        "true",
+        "[",
+        "[{\"a\":1},{\"a\"",
+        "[{\"a\":1},{\"a\":2}",
+        "[{},]",
+        "[{}]x",
+        "[{}][{}]",
+        "[\"\\ud8\"]",
+        "[\"\xff\"]",
+        "[\"\xed\xa0\x80\"]",
+        "[nan]",
+        "<!DOCTYPE html><html><body><h1>502 Bad Gateway</h1></body></html>",
+        QByteArray("\0", 1),
+        QByteArray(1000000, '['),
+        QByteArray("[{}").repeated(1000000),
+    };
+    for (const QByteArray& body : bodies)
+        EXPECT_FALSE(spotsIn(body)) << body.left(100).toStdString();
+}
+
+TEST(JsonSpots, AreKnownByTheirNumbers)
+{
+    struct Row {
+        QByteArray one;
+        QByteArray other;
+        bool same;
+    };
+    const std::vector<Row> rows = {
+        {"7", "7", true},
+        {"7", "7.0", true},
+        {"7", "70e-1", true},
+        {"0", "-0.0", true},
+        {"7", "8", false},
+        {"7", "-7", false},
+        {"7", "7.5", false},
+        {"7.5", "7.5", true},
+        {"7.5", "75E-1", true},
+        {"9007199254740992", "9007199254740993", false},
+        {"9007199254740993", "9007199254740993", true},
+        {"9007199254740992", "9007199254740992.0", true},
+        {"9223372036854775806", "9223372036854775807", false},
+        {"-9223372036854775807", "-9223372036854775808", false},
+        {"1e300", "1e300", true},
+        {"1e300", "1e301", false},
+    };
+    for (const Row& row : rows) {
+        // What else the spot says does not matter.
+        QSet<QJsonValue> known;
+        EXPECT_TRUE(remember(known, idIn(object({{"id", row.one}, {"a", "1"}}))));
+        EXPECT_EQ(remember(known, idIn(object({{"id", row.other}, {"a", "2"}}))), !row.same)
+            << row.one.toStdString() << ' ' << row.other.toStdString();
+    }
+}
+
+TEST(JsonSpots, AreKnownByAllTheySayWithoutANumber)
+{
+    struct Row {
+        QByteArray one;
+        QByteArray other;
+        bool same;
+    };
+    const std::vector<Row> rows = {
+        {"{}", "{}", true},
+        {"{}", R"({"id":null})", false},
+        {R"({"id":null})", R"({"id":null})", true},
+        {R"({"id":null,"a":1})", R"({"id":null,"a":2})", false},
+        {R"({"a":1,"b":2})", R"({ "b" : 2.0, "a" : 1 })", true},
+        {R"({"id":"7"})", R"({"id":"7"})", true},
+        {R"({"id":"7"})", R"({"id":7})", false},
+        {R"({"id":"7","a":1})", R"({"id":"7","a":2})", false},
+        {R"({"id":true})", R"({"id":1})", false},
+        {R"({"id":[7]})", R"({"id":7})", false},
+        {R"({"id":{}})", R"({"id":[]})", false},
+        {R"({"a":"\ud800"})", R"({"a":"\ud801"})", false},
+        {R"({"a":"\ud800"})", R"({"a":"\ud800"})", true},
+        {R"({"a":"\u0000"})", R"({"a":""})", false},
+        {R"({"a":"x\u0000y"})", R"({"a":"x\u0000z"})", false},
+    };
+    for (const Row& row : rows) {
+        QSet<QJsonValue> known;
+        EXPECT_TRUE(remember(known, idIn(row.one)));
+        EXPECT_EQ(remember(known, idIn(row.other)), !row.same)
+            << row.one.toStdString() << ' ' << row.other.toStdString();
+    }
+}
+
+TEST(JsonSpots, AreKnownByLittle)
+{
+    const QJsonValue id = idIn(object({{"id", '"' + QByteArray(100000, 'x') + '"'}}));
+    ASSERT_TRUE(id.isString());
+    EXPECT_EQ(id.toString().size(), 32);
+    // SHA-256 of "{}".
+    EXPECT_EQ(idIn("{}").toString().toLatin1().toHex(),
+              "44136fa355b3678a1146ad16f7e8649e94fb4fc21fe77e8310c060f61caaff8a");
+}
+
+TEST(JsonSpots, HoldTexts)
+{
+    const std::vector<std::pair<QByteArray, std::optional<QString>>> rows = {
+        {R"("text")", u"text"_s},
+        {R"("")", u""_s},
+        {R"(" ")", u" "_s},
+        {"", std::nullopt},
+        {"null", u""_s},
+        {"7", u""_s},
+        {"true", u""_s},
+        {R"(["text"])", u""_s},
+        {R"({"text":"text"})", u""_s},
+        {"\"\xc3\xa9\xe2\x82\xac\xf0\x9f\x93\xbb\"", u"\u00e9\u20ac\U0001f4fb"_s},
+        {R"("\u00e9\u20AC\ud83d\udcfb")", u"\u00e9\u20ac\U0001f4fb"_s},
+        {R"("\"\\\/\b\f\n\r\t")", u"\"\\/\b\f\n\r\t"_s},
+        {R"("a\u0000b")", u"a"_s + QChar(u'\0') + u'b'},
+        {R"("a\ud800b")", u"a"_s + QChar(u'\xd800') + u'b'},
+        {R"("a\udc00")", u"a"_s + QChar(u'\xdc00')},
+        {R"("\udc00\ud800")", QString(QChar(u'\xdc00')) + QChar(u'\xd800')},
+    };
+    for (const auto& [json, text] : rows)
+        EXPECT_EQ(textOf(objectOf(object({{"key", json}, {"other", "\"x\""}})), "key"_L1), text)
+            << json.toStdString();
+}
+
+TEST(JsonSpots, HoldNumbers)
+{
+    const std::vector<std::pair<QByteArray, std::optional<double>>> rows = {
+        {"7", 7.0},
+        {"-71.2", -71.2},
+        {"0", 0.0},
+        {"4.5e1", 45.0},
+        {"9007199254740993", 9007199254740992.0},
+        {"", std::nullopt},
+        {"null", std::nullopt},
+        {R"("7")", std::nullopt},
+        {R"("")", std::nullopt},
+        {"true", std::nullopt},
+        {"[7]", std::nullopt},
+        {R"({"7":7})", std::nullopt},
+    };
+    for (const auto& [json, number] : rows)
+        EXPECT_EQ(numberOf(objectOf(object({{"key", json}, {"other", "1"}})), "key"_L1), number)
+            << json.toStdString();
+}
+
+TEST(JsonSpots, HoldFrequencies)
+{
+    const std::vector<std::pair<QByteArray, double>> rows = {
+        {"14062", 14.062},
+        {R"("14062")", 14.062},
+        {"14062.5", 14.0625},
+        {R"("14062.5")", 14.0625},
+        {R"("14062.50 kHz")", 14.0625},
+        {R"("14062kHz")", 14.062},
+        {R"("14062,5")", 14.062},
+        {R"("  7074.0")", 7.074},
+        {R"("-7074")", -7.074},
+        {R"("1.4e4")", 14.0},
+        {"1.4e4", 14.0},
+        {R"("0.5")", 0.0005},
+        {R"("kHz 14062")", 0.0},
+        {R"("")", 0.0},
+        {R"("\u0000" )", 0.0},
+        {R"("\ud800")", 0.0},
+        {"0", 0.0},
+        {"", 0.0},
+        {"null", 0.0},
+        {"true", 0.0},
+        {"[14062]", 0.0},
+        {R"({"kHz":14062})", 0.0},
+        {R"("1e999")", std::numeric_limits<double>::infinity()},
+    };
+    for (const auto& [json, frequency] : rows)
+        EXPECT_EQ(megahertzOf(objectOf(object({{"key", json}, {"other", "1"}})), "key"_L1), frequency)
+            << json.toStdString();
+}
+
+TEST(JsonSpots, HoldTimes)
+{
+    const TimePoint time = std::chrono::sys_days{std::chrono::year{2024} / 3 / 1} + std::chrono::hours{23} +
+                           std::chrono::minutes{59} + std::chrono::seconds{30};
+    const std::vector<std::pair<QByteArray, std::optional<TimePoint>>> rows = {
+        {R"("2024-03-01T23:59:30")", time},
+        {R"("2024-03-01T23:59:30Z")", std::nullopt},
+        {R"("2024-03-01T23:59:30.5")", std::nullopt},
+        {R"("2024-03-01 23:59:30")", std::nullopt},
+        {R"("2024-02-30T23:59:30")", std::nullopt},
+        {R"("")", std::nullopt},
+        {"", std::nullopt},
+        {"null", std::nullopt},
+        {"1709337570", std::nullopt},
+        {R"(["2024-03-01T23:59:30"])", std::nullopt},
+    };
+    for (const auto& [json, expected] : rows)
+        EXPECT_EQ(shown(timeOf(objectOf(object({{"key", json}, {"other", "1"}})), "key"_L1)), shown(expected))
+            << json.toStdString();
+}
+
+TEST(JsonSpots, StrayElementsGetFewLines)
+{
+    for (const int count : {0, 1, 2, 19, 20, 21, 22, 5000}) {
+        FakeLog log;
+        StrayElements strays("parse"_L1, log);
+        QStringList expected;
+        for (int i = 0; i < count; ++i) {
+            strays.skip(3 * i);
+            if (i < 20)
+                expected.append(u"parse:spot is not an object:[%1]"_s.arg(3 * i));
+        }
+        EXPECT_EQ(log.lines, expected) << count;
+        strays.end();
+        if (count > 20)
+            expected.append(u"parse:more spots are not objects:[%1]"_s.arg(count - 20));
+        EXPECT_EQ(log.lines, expected) << count;
+    }
+}
+
+} // namespace spotwell
