@@ -1,42 +1,17 @@
 #include "platform/linux/QtUrlSession.h"
 
-#include "platform/linux/UrlTransfer.h"
-
 #include <QEventLoop>
-#include <QNetworkAccessManager>
-#include <QNetworkProxyFactory>
-#include <QNetworkRequest>
 #include <QSocketNotifier>
-#include <QUrl>
 
+#include <system_error>
 #include <utility>
 
 namespace spotwell
 {
 
-namespace
-{
-
-class SystemProxyFactory final : public QNetworkProxyFactory
-{
-public:
-    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override
-    {
-        return systemProxyForQuery(query);
-    }
-};
-
-bool isWebAddress(const QUrl& url)
-{
-    return url.isValid() && !url.host().isEmpty() &&
-           (url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https"));
-}
-
-} // namespace
-
 QtUrlSession::QtUrlSession(const UrlSessionConfiguration& configuration, const QString& userAgent,
                            const UrlSessionLimits& limits)
-    : configuration_(configuration), userAgent_(userAgent.toLatin1()), limits_(limits), callbacks_(limits)
+    : rules_{configuration, userAgent.toLatin1(), limits}
 {
 }
 
@@ -55,10 +30,10 @@ QtUrlSession::~QtUrlSession()
 
 void QtUrlSession::dataTask(const QString& url, CompletionHandler completionHandler)
 {
+    callbacks_.begin();
     const std::lock_guard lock(mutex_);
     tasks_.push_back({url, std::move(completionHandler)});
-    if (!network_.joinable())
-        network_ = std::thread([this] { runNetwork(); });
+    beginNetwork();
     wakeUp_.wake();
 }
 
@@ -67,59 +42,55 @@ bool QtUrlSession::pause(Seconds duration)
     return callbacks_.pause(duration);
 }
 
+void QtUrlSession::beginNetwork()
+{
+    if (network_.joinable())
+        return;
+    try {
+        network_ = std::thread([this] { runNetwork(); });
+    } catch (const std::system_error&) {
+        // Out of threads for now: the task waits, and the next one tries again.
+        return;
+    }
+}
+
 void QtUrlSession::runNetwork()
 {
     QEventLoop loop;
-    QNetworkAccessManager manager;
-    manager.setProxyFactory(new SystemProxyFactory);
+    Hosts hosts;
     QSocketNotifier notifier(wakeUp_.descriptor(), QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &loop, [&] {
         wakeUp_.clear();
-        startTasks(manager);
-        const std::lock_guard lock(mutex_);
-        if (ending_)
+        if (takeTasks(hosts)) {
+            for (auto& [key, host] : hosts)
+                host.startTasks();
+        } else {
             loop.quit();
+        }
     });
     loop.exec();
 }
 
-void QtUrlSession::startTasks(QNetworkAccessManager& manager)
+bool QtUrlSession::takeTasks(Hosts& hosts)
 {
-    std::deque<Task> tasks;
+    std::deque<UrlTask> tasks;
     {
         const std::lock_guard lock(mutex_);
-        if (!ending_)
-            tasks.swap(tasks_);
+        if (ending_)
+            return false;
+        tasks.swap(tasks_);
     }
-    for (Task& task : tasks) {
-        const QUrl url(task.url, QUrl::StrictMode);
-        if (!isWebAddress(url)) {
-            callbacks_.push(std::move(task.completionHandler),
-                            {{}, {}, QStringLiteral("\"%1\" is no web address.").arg(task.url)});
-            continue;
-        }
-        QNetworkReply* const reply = manager.get(requestFor(url));
-        (new UrlTransfer(*reply, configuration_, limits_, callbacks_, std::move(task.completionHandler)))
-            ->start();
-    }
+    for (UrlTask& task : tasks)
+        hostOf(task, hosts).add(std::move(task));
+    return true;
 }
 
-QNetworkRequest QtUrlSession::requestFor(const QUrl& url) const
+UrlHost& QtUrlSession::hostOf(const UrlTask& task, Hosts& hosts)
 {
-    QNetworkRequest request(url);
-    request.setRawHeader("User-Agent", userAgent_);
-    request.setTransferTimeout(timerInterval(configuration_.timeoutIntervalForRequest));
-    request.setDecompressedSafetyCheckThreshold(limits_.body);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    // The manager has no cache; this asks the proxies on the way to do without theirs.
-    if (configuration_.requestCachePolicy ==
-        UrlSessionConfiguration::CachePolicy::reloadIgnoringLocalCacheData)
-        request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    // A server could fill the memory with cookies.
-    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    return request;
+    const QString key = urlHostKey(task.url);
+    const bool isNew = hosts.find(key) == hosts.end();
+    const QString own = isNew && hosts.size() >= rules_.limits.hosts ? QStringLiteral("others") : key;
+    return hosts.try_emplace(own, rules_, callbacks_, wakeUp_).first->second;
 }
 
 } // namespace spotwell

@@ -2,15 +2,13 @@
 
 #include "platform/UrlSession.h"
 #include "platform/linux/UrlCallbackQueue.h"
+#include "platform/linux/UrlHost.h"
 #include "platform/linux/WakeUp.h"
 
 #include <deque>
+#include <map>
 #include <mutex>
 #include <thread>
-
-class QNetworkAccessManager;
-class QNetworkRequest;
-class QUrl;
 
 namespace spotwell
 {
@@ -18,11 +16,13 @@ namespace spotwell
 /// A URL session by Qt's HTTP client, on a network thread of its own that begins with the first transfer.
 ///
 /// Compressed answers are decoded. Redirections are followed, but never from https to http. The proxy is the
-/// system's. A server must prove its identity over https. There is no cache, and no cookie is kept. What is
-/// larger than `limits` allows ends with an error.
+/// system's. A server must prove its identity over https. There is no cache, and no cookie is kept.
 ///
-/// Needs a QCoreApplication that lives longer. Destroying it aborts the transfers, drops the answers that
-/// wait and waits for the running handler only.
+/// Each host has a line of its own, from which tasks are started in their order while `limits` leave room for
+/// their answers. An answer that is larger than `limits` allow ends with an error.
+///
+/// Needs a QCoreApplication that lives longer. Destroying it aborts the transfers, drops the tasks and
+/// answers that wait and waits for the running handler only.
 class QtUrlSession final : public UrlSession
 {
 public:
@@ -36,23 +36,20 @@ public:
     bool pause(Seconds duration) override;
 
 private:
-    struct Task {
-        QString url;
-        CompletionHandler completionHandler;
-    };
+    using Hosts = std::map<QString, UrlHost>;
 
+    void beginNetwork();
     void runNetwork();
-    void startTasks(QNetworkAccessManager& manager);
-    [[nodiscard]] QNetworkRequest requestFor(const QUrl& url) const;
+    /// Puts the tasks in line at their hosts; false when the session is ending.
+    bool takeTasks(Hosts& hosts);
+    UrlHost& hostOf(const UrlTask& task, Hosts& hosts);
 
-    const UrlSessionConfiguration configuration_;
-    const QByteArray userAgent_;
-    const UrlSessionLimits limits_;
+    const UrlTransferRules rules_;
+    WakeUp wakeUp_;
     UrlCallbackQueue callbacks_;
     std::mutex mutex_;
-    std::deque<Task> tasks_;
+    std::deque<UrlTask> tasks_;
     bool ending_ = false;
-    WakeUp wakeUp_;
     std::thread network_;
 };
 

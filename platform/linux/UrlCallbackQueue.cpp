@@ -1,48 +1,42 @@
 #include "platform/linux/UrlCallbackQueue.h"
 
-#include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace spotwell
 {
-
-QString tooManyAnswersWaiting()
-{
-    return QStringLiteral("Too many answers are waiting to be handled.");
-}
 
 UrlCallbackQueue::~UrlCallbackQueue()
 {
     end();
 }
 
-bool UrlCallbackQueue::reserve(qsizetype bytes)
+void UrlCallbackQueue::begin()
 {
     const std::lock_guard lock(mutex_);
-    if (bytes > limits_.held - held_)
-        return false;
-    held_ += bytes;
-    return true;
+    if (!ending_)
+        beginThread();
 }
 
-void UrlCallbackQueue::release(qsizetype bytes)
+void UrlCallbackQueue::beginThread()
 {
-    const std::lock_guard lock(mutex_);
-    held_ -= bytes;
+    if (thread_.joinable())
+        return;
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (const std::system_error&) {
+        // Out of threads for now.
+        return;
+    }
 }
 
-void UrlCallbackQueue::push(UrlSession::CompletionHandler handler, UrlResult result)
+void UrlCallbackQueue::push(UrlSession::CompletionHandler handler, UrlResult result, UrlBooking booking)
 {
     const std::lock_guard lock(mutex_);
     if (ending_)
         return;
-    if (!result.error && waiting_.size() >= limits_.waiting) {
-        held_ -= result.body.size();
-        result = {{}, {}, tooManyAnswersWaiting()};
-    }
-    waiting_.push_back({std::move(handler), std::move(result)});
-    if (!thread_.joinable())
-        thread_ = std::thread([this] { run(); });
+    waiting_.push_back({std::move(handler), std::move(result), std::move(booking)});
+    beginThread();
     changed_.notify_all();
 }
 
@@ -72,14 +66,16 @@ void UrlCallbackQueue::run()
         changed_.wait(lock, [this] { return ending_ || !waiting_.empty(); });
         if (ending_)
             return;
-        Completion completion = std::move(waiting_.front());
-        waiting_.pop_front();
-        lock.unlock();
-        const qsizetype size = completion.result.body.size();
-        completion.handler(completion.result);
-        completion = {};
+        {
+            Completion completion = std::move(waiting_.front());
+            waiting_.pop_front();
+            lock.unlock();
+            completion.handler(completion.result);
+            // What it holds goes first, what it has booked last.
+            completion.handler = nullptr;
+            completion.result = {};
+        }
         lock.lock();
-        held_ -= size;
     }
 }
 

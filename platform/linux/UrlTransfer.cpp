@@ -8,6 +8,14 @@
 namespace spotwell
 {
 
+namespace
+{
+
+/// Bytes that the reply keeps for us at most; beyond that the server is slowed down.
+constexpr qint64 readBufferSize = 65536;
+
+} // namespace
+
 int timerInterval(Seconds span)
 {
     return static_cast<int>(std::clamp(std::ceil(span.count() * 1000.0), 1.0,
@@ -38,24 +46,23 @@ bool isHttpStatusError(QNetworkReply::NetworkError error, int status)
 }
 
 UrlTransfer::UrlTransfer(QNetworkReply& reply, const UrlSessionConfiguration& configuration,
-                         const UrlSessionLimits& limits, UrlCallbackQueue& callbacks,
-                         UrlSession::CompletionHandler completionHandler)
+                         const UrlSessionLimits& limits, UrlBooking booking, UrlCallbackQueue& callbacks,
+                         UrlSession::CompletionHandler completionHandler,
+                         std::function<void(UrlTransfer&)> ended)
     : QObject(&reply),
       reply_(reply),
       configuration_(configuration),
       limits_(limits),
+      booking_(std::move(booking)),
       callbacks_(callbacks),
-      completionHandler_(std::move(completionHandler))
+      completionHandler_(std::move(completionHandler)),
+      ended_(std::move(ended))
 {
-}
-
-UrlTransfer::~UrlTransfer()
-{
-    dropBody();
 }
 
 void UrlTransfer::start()
 {
+    reply_.setReadBufferSize(readBufferSize);
     connect(&reply_, &QNetworkReply::readyRead, this, [this] { takeBody(); });
     connect(&reply_, &QNetworkReply::finished, this, [this] { finish(); });
     connect(&reply_, &QNetworkReply::errorOccurred, this,
@@ -78,10 +85,11 @@ void UrlTransfer::takeBody()
         const qint64 count = reply_.read(piece, sizeof piece);
         if (count <= 0)
             return;
+        taken_ += count;
         if (count > limits_.body - body_.size())
             fail(QStringLiteral("The answer is larger than %1 bytes.").arg(limits_.body));
-        else if (!callbacks_.reserve(count))
-            fail(tooManyAnswersWaiting());
+        else if (!booking_.addBody(count))
+            fail(QStringLiteral("Too many answers are waiting to be handled."));
         else
             body_.append(piece, count);
     }
@@ -90,7 +98,6 @@ void UrlTransfer::takeBody()
 void UrlTransfer::fail(const QString& description)
 {
     failure_ = description;
-    dropBody();
     reply_.abort();
 }
 
@@ -104,14 +111,17 @@ void UrlTransfer::finish()
         failure_ = QStringLiteral("Connection closed");
     UrlResult result;
     if (failure_.isNull()) {
+        body_.squeeze();
         result.body = std::exchange(body_, {});
         result.response = {reply_.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt()};
     } else {
         result.error = failure_;
+        body_ = {};
+        booking_.dropBody();
     }
-    dropBody();
-    callbacks_.push(std::move(completionHandler_), std::move(result));
+    callbacks_.push(std::move(completionHandler_), std::move(result), std::move(booking_));
     reply_.deleteLater();
+    ended_(*this);
 }
 
 void UrlTransfer::noteError(QNetworkReply::NetworkError error)
@@ -134,12 +144,6 @@ bool UrlTransfer::isCutOff() const
     const qint64 announced = reply_.rawHeader("Content-Length").toLongLong(&isNumber);
     return hasBody && isNumber && !reply_.hasRawHeader("Content-Encoding") &&
            !reply_.hasRawHeader("Transfer-Encoding") && body_.size() < announced;
-}
-
-void UrlTransfer::dropBody()
-{
-    callbacks_.release(body_.size());
-    body_ = {};
 }
 
 } // namespace spotwell

@@ -5,6 +5,9 @@
 #include <QNetworkReply>
 #include <QTimer>
 
+#include <functional>
+#include <utility>
+
 namespace spotwell
 {
 
@@ -20,34 +23,41 @@ namespace spotwell
 class UrlTransfer final : public QObject
 {
 public:
-    /// `reply` must have been made with the request time-out of `configuration`.
+    /// `reply` must have been made with the request time-out of `configuration`. `ended` is called when the
+    /// end was handed over.
     UrlTransfer(QNetworkReply& reply, const UrlSessionConfiguration& configuration,
-                const UrlSessionLimits& limits, UrlCallbackQueue& callbacks,
-                UrlSession::CompletionHandler completionHandler);
-    ~UrlTransfer() override;
+                const UrlSessionLimits& limits, UrlBooking booking, UrlCallbackQueue& callbacks,
+                UrlSession::CompletionHandler completionHandler, std::function<void(UrlTransfer&)> ended);
+    ~UrlTransfer() override = default;
     UrlTransfer(const UrlTransfer&) = delete;
     UrlTransfer& operator=(const UrlTransfer&) = delete;
 
     /// To be called once, before the reply can have ended.
     void start();
+    /// Ends the transfer with an error.
+    void fail(const QString& description);
+    /// Bytes of body, decoded, that Qt's client has handed over since the last call.
+    [[nodiscard]] qint64 takeCount() { return std::exchange(taken_, 0); }
+    /// Whether it ended with an error.
+    [[nodiscard]] bool hasFailed() const { return !failure_.isNull(); }
 
 private:
     void takeBody();
-    void fail(const QString& description);
     void finish();
     void noteError(QNetworkReply::NetworkError error);
     /// Whether less came than the head announced, which Qt does not report beside an error status.
     [[nodiscard]] bool isCutOff() const;
-    void dropBody();
 
     QNetworkReply& reply_;
     const UrlSessionConfiguration configuration_;
     const UrlSessionLimits limits_;
+    UrlBooking booking_;
     UrlCallbackQueue& callbacks_;
     UrlSession::CompletionHandler completionHandler_;
+    const std::function<void(UrlTransfer&)> ended_;
     QTimer resourceTimer_;
-    /// Booked at `callbacks_`.
     QByteArray body_;
+    qint64 taken_ = 0;
     /// Null while there is none.
     QString failure_;
     bool finished_ = false;

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QHostAddress>
+#include <QObject>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <utility>
+
+class QUrl;
+
+namespace spotwell
+{
+
+/// The TCP connections of this process to some servers, as the kernel sees them.
+///
+/// Qt's HTTP client does not show its connections. What it has read from them, and how to take them away from
+/// a thread of its own that cannot stop reading, only the kernel knows. Connections by way of a proxy are not
+/// seen. For a thread with an event loop.
+class ServerConnections
+{
+public:
+    ServerConnections() = default;
+    ServerConnections(const ServerConnections&) = delete;
+    ServerConnections& operator=(const ServerConnections&) = delete;
+
+    /// Adds the server of `url`. A name is looked up without waiting; beyond 64 addresses the oldest goes.
+    void add(const QUrl& url);
+    /// Bytes that were read from the connections since the last call.
+    [[nodiscard]] qint64 countRead();
+    /// Ends the connections for reading and writing; who uses them finds them closed by the server.
+    void shutDown() const;
+
+private:
+    using Server = std::pair<QHostAddress, quint16>;
+
+    void remember(const Server& server);
+    /// Calls `visit` with a descriptor of each connection, which is not the user's own.
+    void forEach(const std::function<void(int descriptor)>& visit) const;
+    [[nodiscard]] bool isConnection(int descriptor) const;
+
+    std::deque<Server> servers_;
+    /// Bytes read so far, by the connection's inode.
+    std::map<std::uint64_t, std::uint64_t> read_;
+    /// Ends the look-ups with this object.
+    QObject context_;
+};
+
+} // namespace spotwell
