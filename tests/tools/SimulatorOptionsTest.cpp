@@ -9,6 +9,8 @@ namespace spotwell::simulator
 namespace
 {
 
+using Plays = std::vector<Options::Play>;
+
 Options parsed(const QString& line)
 {
     return parseOptions(line.split(u' ', Qt::SkipEmptyParts));
@@ -18,23 +20,23 @@ TEST(SimulatorOptions, areRead)
 {
     const Options options = parsed(u"--port 7300 --once --timeout 2.5 --set rate=5 --set=call=A=B demo"_qs);
     EXPECT_TRUE(options.error.isNull()) << qPrintable(options.error);
-    EXPECT_EQ(options.port, 7300);
+    EXPECT_EQ(options.plays, (Plays{{u"demo"_qs, {QHostAddress::LocalHost, 7300}}}));
     EXPECT_TRUE(options.once);
     EXPECT_EQ(options.timeout, Seconds{2.5});
     EXPECT_EQ(options.variables, (Variables{{u"rate"_qs, u"5"_qs}, {u"call"_qs, u"A=B"_qs}}));
-    EXPECT_EQ(options.scenarios, QStringList{u"demo"_qs});
 }
 
 TEST(SimulatorOptions, haveDefaults)
 {
     const Options options = parsed(u"a b"_qs);
     EXPECT_TRUE(options.error.isNull());
-    EXPECT_EQ(options.port, 0);
     EXPECT_FALSE(options.once || options.list || options.help || options.version);
     EXPECT_FALSE(options.timeout.has_value());
-    EXPECT_EQ(options.scenarios.size(), 2);
-    EXPECT_EQ(parsed(u"-- --once"_qs).scenarios, QStringList{u"--once"_qs});
-    EXPECT_EQ(parsed(u"-- --a=b"_qs).scenarios, QStringList{u"--a=b"_qs});
+    EXPECT_EQ(options.plays,
+              (Plays{{u"a"_qs, {QHostAddress::LocalHost, 0}}, {u"b"_qs, {QHostAddress::LocalHost, 0}}}));
+    EXPECT_TRUE(options.certificate.isNull());
+    EXPECT_EQ(parsed(u"-- --once"_qs).plays, (Plays{{u"--once"_qs, {}}}));
+    EXPECT_EQ(parsed(u"-- --a=b"_qs).plays, (Plays{{u"--a=b"_qs, {}}}));
 }
 
 TEST(SimulatorOptions, needNoScenarioToInform)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "feeds/FeedAddresses.h"
 #include "platform/UserDefaults.h"
 
 #include <QHash>
@@ -12,11 +13,16 @@ namespace spotwell
 class DemoSettings final : public UserDefaults
 {
 public:
-    DemoSettings(const QString& host, const QString& port)
+    /// A feed whose address is empty is switched off.
+    DemoSettings(const QString& host, const QString& port, const FeedAddresses& feeds)
         : strings_{{QStringLiteral("dxcluster"), host},
                    {QStringLiteral("port"), port},
                    {QStringLiteral("callsign"), QStringLiteral("N0CALL")}},
-          booleans_{{QStringLiteral("reconnect"), true}}
+          booleans_{{QStringLiteral("reconnect"), true},
+                    {QStringLiteral("pota"), !feeds.pota.isEmpty()},
+                    {QStringLiteral("skimmers"), true},
+                    {QStringLiteral("dxsummit"), !feeds.dxsummit.isEmpty()},
+                    {QStringLiteral("wsprnet"), !feeds.wsprnet.isEmpty()}}
     {
     }
 

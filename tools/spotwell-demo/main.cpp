@@ -2,6 +2,7 @@
 #include "app/MainWindow.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "tools/spotwell-demo/DemoSettings.h"
+#include "tools/spotwell-demo/Picture.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -9,45 +10,79 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
-#include <cstdio>
-
 namespace
 {
+
+using namespace spotwell;
 
 /// What the demonstration was asked for.
 struct Options {
     QString nodePort;
+    FeedAddresses feeds;
     int seconds = 30;
     QString screenshot;
 };
 
+/// A service on this machine; empty without a port.
+QString address(const QString& port, const QString& path)
+{
+    return port.isEmpty() ? QString{} : QStringLiteral("http://127.0.0.1:%1%2").arg(port, path);
+}
+
 Options readOptions(const QApplication& application)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Shows spotwell at work with a DX cluster node on this machine, without touching its settings."));
+    parser.setApplicationDescription(QStringLiteral("Shows spotwell at work with a DX cluster node and web "
+                                                    "services on this machine, without touching its "
+                                                    "settings."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption port(QStringLiteral("node-port"),
                                   QStringLiteral("The node's port on 127.0.0.1."), QStringLiteral("port"),
                                   QStringLiteral("7300"));
+    const QCommandLineOption pota(
+        QStringLiteral("pota-port"),
+        QStringLiteral("The port of a POTA service on 127.0.0.1; without it the feed is off."),
+        QStringLiteral("port"));
+    const QCommandLineOption dxsummit(QStringLiteral("dxsummit-port"),
+                                      QStringLiteral("The same for DXSummit."), QStringLiteral("port"));
+    const QCommandLineOption wsprnet(QStringLiteral("wsprnet-port"), QStringLiteral("The same for WSPRnet."),
+                                     QStringLiteral("port"));
     const QCommandLineOption seconds(QStringLiteral("seconds"),
                                      QStringLiteral("How long it lasts; 0: until quit."),
                                      QStringLiteral("seconds"), QStringLiteral("30"));
-    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
-                                        QStringLiteral("Where to leave a picture of the window at the end."),
-                                        QStringLiteral("file"));
-    parser.addOptions({port, seconds, screenshot});
+    const QCommandLineOption screenshot(
+        QStringLiteral("screenshot"),
+        QStringLiteral(
+            "Where to leave a picture of the window, taken when it shows every feed or else at the end."),
+        QStringLiteral("file"));
+    parser.addOptions({port, pota, dxsummit, wsprnet, seconds, screenshot});
     parser.process(application);
-    return {parser.value(port), parser.value(seconds).toInt(), parser.value(screenshot)};
+    return {parser.value(port),
+            {address(parser.value(pota), QStringLiteral("/spot/activator")),
+             address(parser.value(dxsummit), QStringLiteral("/api/v1/spots")),
+             address(parser.value(wsprnet), QStringLiteral("/drupal/wsprnet/spots"))},
+            parser.value(seconds).toInt(),
+            parser.value(screenshot)};
+}
+
+/// What the console's lines begin with that come from the node and from the feeds that are on.
+QStringList sources(const FeedAddresses& feeds)
+{
+    QStringList words{QStringLiteral("teln")};
+    if (!feeds.pota.isEmpty())
+        words.append(QStringLiteral("pota"));
+    if (!feeds.dxsummit.isEmpty())
+        words.append(QStringLiteral("dxsu"));
+    if (!feeds.wsprnet.isEmpty())
+        words.append(QStringLiteral("wspr"));
+    return words;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    using namespace spotwell;
-
     LinuxPlatform::prepareProcess();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("spotwell-demo"));
@@ -56,7 +91,7 @@ int main(int argc, char** argv)
     const Options options = readOptions(application);
 
     const QTemporaryDir logs;
-    DemoSettings settings(QStringLiteral("127.0.0.1"), options.nodePort);
+    DemoSettings settings(QStringLiteral("127.0.0.1"), options.nodePort, options.feeds);
     LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION));
     const Platform real = platform.services();
     MainWindow window;
@@ -64,17 +99,18 @@ int main(int argc, char** argv)
     AppDelegate delegate({real.clock, real.mainQueue, real.makeSerialQueue, real.makeUrlSession, real.sockets,
                           real.notificationCenter, real.runningApplications, real.scriptRunner,
                           real.fileViewer, settings, real.textConverter, real.process, real.log},
-                         window, logs.path(), FeedAddresses{}, QStringLiteral(SPOTWELL_VERSION));
+                         window, logs.path(), options.feeds, QStringLiteral(SPOTWELL_VERSION));
     platform.onTermination([] { QApplication::exit(0); });
+    Picture picture(*window.statusLine, sources(options.feeds), options.screenshot);
     QObject::connect(&application, &QApplication::aboutToQuit, &window, [&] {
-        if (!options.screenshot.isEmpty() && !window.grab().save(options.screenshot))
-            std::printf("could not write %s\n", qPrintable(options.screenshot));
+        picture.takeAtLatestNow();
         delegate.applicationWillTerminate();
         platform.prepareToEnd();
     });
 
     delegate.applicationDidFinishLaunching();
     window.show();
+    picture.startWatching();
     QTimer::singleShot(2000, &window, [&] { delegate.testSendSpot(); });
     // An older logger takes the line by script, which has to be waited for.
     const auto testQueue = real.makeSerialQueue(QStringLiteral("com.tarnbrooksoftware.spotwell_demo_queue"));

@@ -47,11 +47,11 @@ private:
     QString value_;
 };
 
-void readValue(Options& options, const QString& name, const QString& value)
+void readValue(Options& options, std::uint16_t& port, const QString& name, const QString& value)
 {
     bool valid = !value.isNull();
     if (name == u"--port") {
-        options.port = value.toUShort(&valid);
+        port = value.toUShort(&valid);
         if (!valid)
             options.error = QStringLiteral("--port needs a number from 0 to 65535");
     } else if (name == u"--timeout") {
@@ -67,6 +67,56 @@ void readValue(Options& options, const QString& name, const QString& value)
         else
             options.variables.insert(value.left(equals), value.mid(equals + 1));
     }
+}
+
+void readTls(Options& options, Arguments& arguments)
+{
+    options.certificate = arguments.value();
+    if (!options.certificate.isNull() && !arguments.atEnd())
+        options.key = arguments.takeWhole();
+    if (options.key.isNull())
+        options.error = QStringLiteral("--tls needs a certificate's file and its key's");
+}
+
+/// Reads what stands behind the "@" of a scenario: a port, or an address and a port.
+bool readEndpoint(const QString& text, Endpoint& endpoint)
+{
+    const qsizetype colon = text.lastIndexOf(u':');
+    if (colon >= 0)
+        endpoint.address = QHostAddress{text.left(colon)};
+    bool valid = false;
+    endpoint.port = text.mid(colon + 1).toUShort(&valid);
+    return valid && endpoint.address.protocol() == QAbstractSocket::IPv4Protocol &&
+           endpoint.address.isLoopback();
+}
+
+/// A scenario may have "@PORT" or "@ADDRESS:PORT" behind it.
+void readScenarioName(Options& options, const QString& argument)
+{
+    const qsizetype at = argument.lastIndexOf(u'@');
+    if (at < 0 || argument.indexOf(u'/', at) >= 0) {
+        options.plays.push_back({argument, {}});
+        return;
+    }
+    Options::Play play{argument.left(at), {}};
+    if (readEndpoint(argument.mid(at + 1), play.endpoint))
+        options.plays.push_back(std::move(play));
+    else
+        options.error =
+            QStringLiteral("\"%1\" needs a port behind the \"@\", or an address like 127.0.0.2, a "
+                           "colon and a port")
+                .arg(argument);
+}
+
+/// Applies --port, whose value is `port`.
+void usePort(Options& options, std::uint16_t port)
+{
+    if (options.plays.size() > 1)
+        options.error = QStringLiteral("--port goes with one scenario only");
+    else if (options.plays.front().endpoint != Endpoint{})
+        options.error = QStringLiteral("--port does not go with a scenario that has its own");
+    else
+        options.plays.front().endpoint.port = port;
 }
 
 QString firstComment(const QString& path)
@@ -85,9 +135,10 @@ Options parseOptions(const QStringList& list)
     Options options;
     Arguments arguments{list};
     bool onlyScenarios = false;
+    std::uint16_t port = 0;
     while (!arguments.atEnd() && options.error.isNull()) {
         if (onlyScenarios) {
-            options.scenarios.append(arguments.takeWhole());
+            readScenarioName(options, arguments.takeWhole());
             continue;
         }
         const QString argument = arguments.next();
@@ -101,20 +152,22 @@ Options parseOptions(const QStringList& list)
         else if (flag)
             *flag = true;
         else if (argument == u"--port" || argument == u"--timeout" || argument == u"--set")
-            readValue(options, argument, arguments.value());
+            readValue(options, port, argument, arguments.value());
+        else if (argument == u"--tls")
+            readTls(options, arguments);
         else if (argument == u"--")
             onlyScenarios = true;
         else if (argument.startsWith(u'-'))
             options.error = QStringLiteral("unknown option \"%1\"").arg(argument);
         else
-            options.scenarios.append(argument);
+            readScenarioName(options, argument);
     }
     if (!options.error.isNull() || options.help || options.version || options.list)
         return options;
-    if (options.scenarios.isEmpty())
+    if (options.plays.empty())
         options.error = QStringLiteral("no scenario was given");
-    else if (options.port != 0 && options.scenarios.size() > 1)
-        options.error = QStringLiteral("--port goes with one scenario only");
+    else if (port != 0)
+        usePort(options, port);
     return options;
 }
 
@@ -122,10 +175,12 @@ QString helpText()
 {
     return QStringLiteral(
         "Usage: spotwell-simulator [OPTION]... SCENARIO...\n"
-        "Plays a DX cluster node on 127.0.0.1, one port for each SCENARIO: a file, or the name of a\n"
-        "shipped scenario. What happens is written to the standard output, a JSON object a line.\n"
+        "Plays DX cluster nodes and web services on 127.0.0.1, one port for each SCENARIO: a file, or the\n"
+        "name of a shipped scenario. SCENARIO@PORT and SCENARIO@ADDRESS:PORT say where it listens. What\n"
+        "happens is written to the standard output, a JSON object a line.\n"
         "\n"
         "  --port N           listen on port N; 0, the default, takes any that is free\n"
+        "  --tls CERT KEY     the PEM files of the certificate and the key that https services use\n"
         "  --once             end when every session of the scenarios was played\n"
         "  --timeout SECONDS  end after that time, as failed when --once was not fulfilled\n"
         "  --set NAME=VALUE   set a variable of the scenarios\n"

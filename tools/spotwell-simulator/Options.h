@@ -2,22 +2,32 @@
 
 #include "platform/Time.h"
 #include "tools/spotwell-simulator/ScenarioWords.h"
+#include "tools/spotwell-simulator/Server.h"
 
 #include <QString>
 #include <QStringList>
 
-#include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace spotwell::simulator
 {
 
 /// What the command line asks for.
 struct Options {
-    /// Paths or names of shipped scenarios.
-    QStringList scenarios;
-    /// 0 for any.
-    std::uint16_t port = 0;
+    /// What to play, and where.
+    struct Play {
+        /// A path or the name of a shipped scenario.
+        QString scenario;
+        Endpoint endpoint;
+
+        bool operator==(const Play&) const = default;
+    };
+
+    std::vector<Play> plays;
+    /// The files that services speak TLS with; null where none were given.
+    QString certificate;
+    QString key;
     bool once = false;
     bool list = false;
     bool help = false;

@@ -1,6 +1,7 @@
 #include "tools/spotwell-simulator/Scenario.h"
 
 #include "tools/spotwell-simulator/StatementParser.h"
+#include "tools/spotwell-simulator/WebAnswerParser.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -40,6 +41,16 @@ bool sends(const Statement& statement)
            std::holds_alternative<Repeat>(statement.what);
 }
 
+/// What the first, second, ... one of something gets.
+template <typename Block>
+const Block& blockOf(const std::vector<Block>& blocks, const std::optional<Block>& otherwise, qint64 number)
+{
+    const auto index = static_cast<std::size_t>(number - 1);
+    if (index < blocks.size())
+        return blocks[index];
+    return otherwise ? *otherwise : blocks.back();
+}
+
 class Parser
 {
 public:
@@ -68,12 +79,13 @@ public:
     }
 
 private:
-    enum class Place { outside, session, otherwise, loose };
+    enum class Place { outside, block, otherwise, loose };
 
     struct Block {
         int line;
         Session statements;
         std::optional<int> times;
+        WebAnswer answer;
     };
 
     void fail(const QString& message) { error_ = message; }
@@ -104,19 +116,34 @@ private:
         const QString keyword = words[0].kind == Word::Kind::bare ? words[0].text : QString{};
         if (keyword == u"set")
             return readSet(words);
-        if (keyword != u"session" && keyword != u"otherwise" && keyword != u"end")
+        if (keyword == u"service")
+            return readService(words);
+        if (keyword != blockName() && keyword != u"otherwise" && keyword != u"end")
             return readStatement(words);
         if (words.size() > 1)
             return fail(QStringLiteral("nothing more expected after \"%1\"").arg(keyword));
         if (keyword == u"end")
             endBlock();
         else
-            beginSession(keyword == u"session" ? Place::session : Place::otherwise);
+            beginBlock(keyword == blockName() ? Place::block : Place::otherwise);
     }
+
+    /// What the scenario consists of.
+    [[nodiscard]] QString blockName() const
+    {
+        return scenario_.isService() ? QStringLiteral("answer") : QStringLiteral("session");
+    }
+
+    [[nodiscard]] bool atBeginning() const
+    {
+        return place_ == Place::outside && scenario_.sessions.empty() && scenario_.answers.empty();
+    }
+
+    [[nodiscard]] bool hasOtherwise() const { return scenario_.otherwise || scenario_.otherAnswer; }
 
     void readSet(const std::vector<Word>& words)
     {
-        if (place_ != Place::outside || !scenario_.sessions.empty())
+        if (!atBeginning())
             return fail(QStringLiteral("\"set\" has to stand before everything else"));
         if (words.size() != 3 || !isName(words[1]))
             return fail(QStringLiteral("\"set\" needs a name of small letters and a value"));
@@ -128,43 +155,82 @@ private:
             variables_.insert(name, words[2].text);
     }
 
-    void beginSession(Place place)
+    void readService(const std::vector<Word>& words)
+    {
+        if (!atBeginning())
+            return fail(QStringLiteral("\"service\" has to stand before everything else"));
+        if (scenario_.isService())
+            return fail(QStringLiteral("\"service\" was said already"));
+        if (words.size() == 2 && words[1].text == u"http")
+            scenario_.kind = Scenario::Kind::http;
+        else if (words.size() == 2 && words[1].text == u"https")
+            scenario_.kind = Scenario::Kind::https;
+        else
+            fail(QStringLiteral("\"service\" needs \"http\" or \"https\""));
+    }
+
+    void beginBlock(Place place)
     {
         if (place_ == Place::loose)
-            return fail(QStringLiteral("statements stand in front of the first session"));
+            return fail(QStringLiteral("statements stand in front of the first %1").arg(blockName()));
         if (place_ != Place::outside)
-            return fail(QStringLiteral("sessions cannot be nested"));
-        if (scenario_.otherwise)
+            return fail(QStringLiteral("%1s cannot be nested").arg(blockName()));
+        if (hasOtherwise())
             return fail(QStringLiteral("nothing can follow \"otherwise\""));
-        if (place == Place::otherwise && scenario_.sessions.empty())
-            return fail(QStringLiteral("\"otherwise\" needs a session before it"));
+        if (place == Place::otherwise && atBeginning()) {
+            return fail(scenario_.isService() ? QStringLiteral("\"otherwise\" needs an answer before it")
+                                              : QStringLiteral("\"otherwise\" needs a session before it"));
+        }
         place_ = place;
-        blocks_.push_back({line_, {}, std::nullopt});
+        open(std::nullopt);
+    }
+
+    void open(std::optional<int> times)
+    {
+        blocks_.push_back({line_, {}, times, {}});
+        blocks_.back().answer.line = line_;
     }
 
     void readStatement(const std::vector<Word>& words)
     {
+        if (scenario_.isService())
+            return readAnswerStatement(words);
         ParsedStatement parsed = parseStatement(words, line_);
         if (!parsed.error.isNull())
             return fail(parsed.error);
-        if (place_ == Place::outside) {
-            if (!scenario_.sessions.empty())
-                return fail(QStringLiteral("the statement stands outside of the sessions"));
-            place_ = Place::loose;
-            blocks_.push_back({line_, {}, std::nullopt});
-        }
-        if (++statements_ > mostStatements)
-            return fail(QStringLiteral("more than %1 statements").arg(mostStatements));
+        enterBlock();
+        if (!error_.isNull())
+            return;
         checkOrder(parsed.statement);
         if (!error_.isNull())
             return;
         if (const auto* repeat = std::get_if<Repeat>(&parsed.statement.what)) {
             if (blocks_.size() > deepestNesting)
                 return fail(QStringLiteral("\"repeat\" is nested more than %1 deep").arg(deepestNesting));
-            blocks_.push_back({line_, {}, repeat->times});
+            open(repeat->times);
         } else {
             blocks_.back().statements.push_back(std::move(parsed.statement));
         }
+    }
+
+    void readAnswerStatement(const std::vector<Word>& words)
+    {
+        enterBlock();
+        if (error_.isNull())
+            error_ = addToAnswer(blocks_.back().answer, words, line_, QFileInfo{scenario_.file}.path());
+    }
+
+    /// Counts a statement and makes sure that it stands in a block.
+    void enterBlock()
+    {
+        if (place_ == Place::outside) {
+            if (!atBeginning())
+                return fail(QStringLiteral("the statement stands outside of the %1s").arg(blockName()));
+            place_ = Place::loose;
+            open(std::nullopt);
+        }
+        if (++statements_ > mostStatements)
+            fail(QStringLiteral("more than %1 statements").arg(mostStatements));
     }
 
     void checkOrder(const Statement& next)
@@ -194,10 +260,23 @@ private:
                 {block.line, Repeat{block.times, std::move(block.statements)}});
             return;
         }
-        if (place_ == Place::otherwise)
+        close(std::move(block));
+    }
+
+    void close(Block block)
+    {
+        if (scenario_.isService()) {
+            if (const QString fault = faultOf(block.answer); !fault.isNull())
+                return failAt(block.line, fault);
+            if (place_ == Place::otherwise)
+                scenario_.otherAnswer = std::move(block.answer);
+            else
+                scenario_.answers.push_back(std::move(block.answer));
+        } else if (place_ == Place::otherwise) {
             scenario_.otherwise = std::move(block.statements);
-        else
+        } else {
             scenario_.sessions.push_back(std::move(block.statements));
+        }
         place_ = Place::outside;
     }
 
@@ -205,12 +284,12 @@ private:
     {
         if (!error_.isNull())
             return;
-        const std::size_t open = place_ == Place::loose ? 1 : 0;
-        if (blocks_.size() > open)
+        const std::size_t loose = place_ == Place::loose ? 1 : 0;
+        if (blocks_.size() > loose)
             return failAt(blocks_.back().line, QStringLiteral("\"end\" is missing"));
         if (place_ == Place::loose)
-            scenario_.sessions.push_back(std::move(blocks_.back().statements));
-        if (scenario_.sessions.empty())
+            close(std::move(blocks_.back()));
+        else if (atBeginning())
             failAt(0, QStringLiteral("the scenario says nothing"));
     }
 
@@ -226,12 +305,14 @@ private:
 
 } // namespace
 
-const Session& Scenario::session(int number) const
+const Session& Scenario::session(qint64 number) const
 {
-    const auto index = static_cast<std::size_t>(number - 1);
-    if (index < sessions.size())
-        return sessions[index];
-    return otherwise ? *otherwise : sessions.back();
+    return blockOf(sessions, otherwise, number);
+}
+
+const WebAnswer& Scenario::answer(qint64 number) const
+{
+    return blockOf(answers, otherAnswer, number);
 }
 
 QString ScenarioError::text() const

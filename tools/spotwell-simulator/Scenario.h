@@ -2,6 +2,7 @@
 
 #include "tools/spotwell-simulator/ScenarioWords.h"
 #include "tools/spotwell-simulator/Statement.h"
+#include "tools/spotwell-simulator/WebAnswer.h"
 
 #include <QByteArray>
 #include <QString>
@@ -19,19 +20,33 @@ using Session = std::vector<Statement>;
 
 /// A parsed scenario file.
 struct Scenario {
+    enum class Kind {
+        node,  ///< plays a session to each connection
+        http,  ///< gives an answer to each request
+        https, ///< as `http`, over TLS
+    };
+
+    Kind kind = Kind::node;
     /// The file's name without folder and ending.
     QString name;
     /// The file's name as it stands in messages.
     QString file;
     /// The names that the file sets, in its order.
     QStringList variables;
-    /// What the first, second, ... connection gets; at least one.
+    /// What the first, second, ... connection gets; at least one in a node.
     std::vector<Session> sessions;
     /// What every further connection gets; absent for the last of `sessions` again.
     std::optional<Session> otherwise;
+    /// What the first, second, ... request gets; at least one in a service.
+    std::vector<WebAnswer> answers;
+    /// What every further request gets; absent for the last of `answers` again.
+    std::optional<WebAnswer> otherAnswer;
 
+    [[nodiscard]] bool isService() const { return kind != Kind::node; }
     /// What connection `number`, counted from 1, gets.
-    [[nodiscard]] const Session& session(int number) const;
+    [[nodiscard]] const Session& session(qint64 number) const;
+    /// What request `number`, counted from 1, gets.
+    [[nodiscard]] const WebAnswer& answer(qint64 number) const;
 };
 
 /// What is wrong with a scenario, and where.

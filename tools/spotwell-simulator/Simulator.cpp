@@ -1,6 +1,8 @@
 #include "tools/spotwell-simulator/Simulator.h"
 
 #include "tools/spotwell-simulator/NodeServer.h"
+#include "tools/spotwell-simulator/TlsSocket.h"
+#include "tools/spotwell-simulator/WebServer.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,12 +20,14 @@ Simulator::Simulator(Options options, const Clock& clock, const Report& report,
 QString Simulator::start(const QString& folder)
 {
     std::vector<Scenario> scenarios;
-    for (const QString& name : options_.scenarios) {
-        auto parsed = readScenario(scenarioPath(name, folder), options_.variables);
+    for (const Options::Play& play : options_.plays) {
+        auto parsed = readScenario(scenarioPath(play.scenario, folder), options_.variables);
         if (const auto* error = std::get_if<ScenarioError>(&parsed))
             return error->text();
         scenarios.push_back(std::get<Scenario>(std::move(parsed)));
     }
+    if (QString error = readIdentity(scenarios); !error.isNull())
+        return error;
     for (auto given = options_.variables.keyBegin(); given != options_.variables.keyEnd(); ++given) {
         const bool known = std::any_of(scenarios.begin(), scenarios.end(), [&](const Scenario& scenario) {
             return scenario.variables.contains(*given);
@@ -31,11 +35,9 @@ QString Simulator::start(const QString& folder)
         if (!known)
             return QStringLiteral("--set: no scenario has a variable \"%1\"").arg(*given);
     }
-    for (Scenario& scenario : scenarios) {
-        servers_.push_back(
-            std::make_unique<NodeServer>(std::move(scenario), clock_, report_, [this] { finishIfPlayed(); }));
-        QString error = servers_.back()->listen({QHostAddress::LocalHost, options_.port});
-        if (!error.isNull())
+    for (std::size_t index = 0; index < scenarios.size(); ++index) {
+        servers_.push_back(makeServer(std::move(scenarios[index])));
+        if (QString error = servers_.back()->listen(options_.plays[index].endpoint); !error.isNull())
             return error;
     }
     if (options_.timeout) {
@@ -44,6 +46,33 @@ QString Simulator::start(const QString& folder)
         timeout_.start(std::chrono::ceil<std::chrono::milliseconds>(*options_.timeout));
     }
     return {};
+}
+
+QString Simulator::readIdentity(const std::vector<Scenario>& scenarios)
+{
+    const auto secure = std::find_if(scenarios.begin(), scenarios.end(), [](const Scenario& scenario) {
+        return scenario.kind == Scenario::Kind::https;
+    });
+    if (options_.certificate.isNull()) {
+        return secure == scenarios.end()
+                   ? QString{}
+                   : QStringLiteral("%1: an https service needs --tls").arg(secure->file);
+    }
+    auto identity = readTlsIdentity(options_.certificate, options_.key);
+    if (const auto* error = std::get_if<QString>(&identity))
+        return *error;
+    identity_ = std::get<QSslConfiguration>(std::move(identity));
+    return {};
+}
+
+std::unique_ptr<Server> Simulator::makeServer(Scenario scenario)
+{
+    const auto progressed = [this] { finishIfPlayed(); };
+    const Scenario::Kind kind = scenario.kind;
+    if (kind == Scenario::Kind::node)
+        return std::make_unique<NodeServer>(std::move(scenario), clock_, report_, progressed);
+    return std::make_unique<WebServer>(std::move(scenario), clock_, report_, progressed,
+                                       kind == Scenario::Kind::https ? identity_ : std::nullopt);
 }
 
 void Simulator::finishIfPlayed()

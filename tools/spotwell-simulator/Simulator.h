@@ -3,10 +3,12 @@
 #include "tools/spotwell-simulator/Options.h"
 #include "tools/spotwell-simulator/Server.h"
 
+#include <QSslConfiguration>
 #include <QTimer>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace spotwell::simulator
@@ -36,6 +38,9 @@ public:
     [[nodiscard]] ExitCode exitCode() const;
 
 private:
+    /// Reads what https services speak TLS with. Null, or what is wrong.
+    [[nodiscard]] QString readIdentity(const std::vector<Scenario>& scenarios);
+    [[nodiscard]] std::unique_ptr<Server> makeServer(Scenario scenario);
     void finishIfPlayed();
     [[nodiscard]] bool allPlayed() const;
 
@@ -43,6 +48,7 @@ private:
     const Clock& clock_;
     const Report& report_;
     std::function<void()> finished_;
+    std::optional<QSslConfiguration> identity_;
     std::vector<std::unique_ptr<Server>> servers_;
     QTimer timeout_;
 };

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/Time.h"
+#include "tools/spotwell-simulator/Stations.h"
 
 #include <QByteArray>
 
 #include <cstdint>
-#include <random>
 
 namespace spotwell::simulator
 {
@@ -47,13 +47,9 @@ public:
     QByteArray next(const SpotFormat& format, TimePoint now);
 
 private:
-    /// A number from 0 up to but not including `bound`.
-    int pick(int bound);
-    QByteArray call();
     QByteArray spotter();
-    QByteArray words(int band, int* tenthsOfKilohertz);
 
-    std::minstd_rand random_{20270203};
+    Stations stations_{20270203};
     int number_ = 0;
 };
 
