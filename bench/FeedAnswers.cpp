@@ -1,5 +1,6 @@
 #include "bench/FeedAnswers.h"
 
+#include <QList>
 #include <QString>
 
 namespace spotwell::bench

@@ -6,7 +6,7 @@ namespace spotwell::bench
 {
 
 // Answers of the web services, of `spots` spots each (10,800 at most), all different and the newest first, in
-// the form and at the length a real one has: some 20 keys an object from POTA, 15 from DXSummit, 12 cells a
+// the form that a real one has: some 20 keys an object from POTA, 15 from DXSummit, 12 cells a
 // row on the WSPRnet page.
 
 [[nodiscard]] QByteArray potaAnswer(int spots);
