@@ -85,13 +85,12 @@ qint64 ServerConnections::countRead()
     return static_cast<qint64>(more);
 }
 
-void ServerConnections::shutDown() const
+void ServerConnections::reset() const
 {
+    // Unlike shutdown() it also drops what has come and was not read yet, which the client would still read.
     forEach([](int descriptor) {
-        // What is still under way is refused once the user has closed his descriptor, too.
-        const linger none{1, 0};
-        ::setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &none, sizeof none);
-        ::shutdown(descriptor, SHUT_RDWR);
+        const sockaddr nowhere{AF_UNSPEC, {}};
+        ::connect(descriptor, &nowhere, sizeof nowhere);
     });
 }
 

@@ -30,8 +30,8 @@ public:
     void add(const QUrl& url);
     /// Bytes that were read from the connections since the last call.
     [[nodiscard]] qint64 countRead();
-    /// Ends the connections for reading and writing; who uses them finds them closed by the server.
-    void shutDown() const;
+    /// Ends the connections with a reset; who uses them finds them closed.
+    void reset() const;
 
 private:
     using Server = std::pair<QHostAddress, quint16>;

@@ -61,7 +61,7 @@ UrlHost::~UrlHost()
 {
     line_.clear();
     // The client waits for its thread, and that for the connection it is reading from.
-    connections_.shutDown();
+    connections_.reset();
     manager_.reset();
 }
 
@@ -119,7 +119,7 @@ void UrlHost::noteEnd(UrlTransfer& transfer)
         watch_.stop();
         // Qt's thread can go on with an aborted transfer as long as the server does.
         if (transfer.hasFailed())
-            connections_.shutDown();
+            connections_.reset();
     }
     startTasks();
 }
@@ -132,7 +132,7 @@ void UrlHost::lookAtConnections()
     if (unseen_ <= rules_.limits.unseen)
         return;
     unseen_ = 0;
-    connections_.shutDown();
+    connections_.reset();
     // Each that ends lets another start.
     for (UrlTransfer* const transfer : std::set(running_))
         transfer->fail(QStringLiteral("The server sends too much that is no answer."));

@@ -121,6 +121,14 @@ TEST(QtUrlSessionOverTls, IsReachedByARedirectionFromPlainHttp)
     expectAnswer(get(plain.url()), 200, "body");
 }
 
+TEST(QtUrlSessionOverTls, EndsAHeadThatDoesNotEnd)
+{
+    const TrustInLoopback trust;
+    LoopbackHttpsServer server("HTTP/1.1 200 OK\r\nServer: " + QByteArray(2'000'000, 'x'));
+    expectError(get(server.url(), patient(), {.unseen = 1'000'000}),
+                u"The server sends too much that is no answer."_s);
+}
+
 TEST(QtUrlSession, AsksTheSystemsProxy)
 {
     LoopbackHttpServer proxy(answering("200 OK", "by proxy"));
