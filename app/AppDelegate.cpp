@@ -177,6 +177,8 @@ bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed()
     const QScopedValueRollback asking(isAskingToQuit_, true);
     if (asksToQuit(window))
         return true;
+    // A minimised window stays where it is when it is only shown.
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
     window.show();
     window.raise();
     window.activateWindow();
@@ -348,6 +350,12 @@ WebPollerHost AppDelegate::pollerHost(const QCheckBox* feed, const QCheckBox* op
 void AppDelegate::forward(const Spot& spot)
 {
     platform_.mainQueue.async([this, spot] { spotNotification_.sendSpotCall(spot); });
+}
+
+bool AppDelegate::pause(Seconds duration)
+{
+    UrlSession* const session = tb_medium_timeout_session();
+    return session && session->pause(duration);
 }
 
 void AppDelegate::takeSpotLine(const QString& line, const QString& node)

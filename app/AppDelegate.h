@@ -68,6 +68,7 @@ public:
 
     /// The session that every web poller uses; null before start-up.
     [[nodiscard]] UrlSession* tb_medium_timeout_session() const { return _tb_medium_timeout_session.get(); }
+    /// To be replaced before the first poll only.
     void setTb_medium_timeout_session(std::unique_ptr<UrlSession> session);
 
     /// The console, for whoever looks at the whole program.
@@ -108,7 +109,7 @@ private:
     void takeSpotLine(const QString& line, const QString& node) override;
 
     void forward(const Spot& spot) override;
-    bool pause(Seconds duration) override { return _tb_medium_timeout_session->pause(duration); }
+    bool pause(Seconds duration) override;
 
     Platform platform_;
     MainWindow& window;

@@ -35,11 +35,7 @@ int main(int argc, char** argv)
     MainWindow window;
     AppDelegate delegate(platform.services(), window, LinuxPlatform::logDirectory(), feedAddresses(),
                          QStringLiteral(SPOTWELL_VERSION));
-    platform.onTermination([] { QApplication::exit(0); });
-    QObject::connect(&application, &QApplication::aboutToQuit, &window, [&] {
-        delegate.applicationWillTerminate();
-        platform.prepareToEnd();
-    });
+    platform.onEnd([&] { delegate.applicationWillTerminate(); });
 
     delegate.applicationDidFinishLaunching();
     window.show();

@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxQueues.h"
 #include "platform/linux/PosixProcessServices.h"
 #include "platform/linux/PosixSocketStreams.h"
+#include "platform/linux/ProcessEnd.h"
 #include "platform/linux/QtUrlSession.h"
 #include "platform/linux/QuitEvents.h"
 #include "platform/linux/SessionBus.h"
@@ -17,10 +18,13 @@
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TerminationSignals.h"
 
+#include <QCoreApplication>
 #include <QDir>
 
 #include <csignal>
 #include <sys/stat.h>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace spotwell
@@ -40,6 +44,7 @@ struct LinuxPlatform::Parts {
     // First, so that a second signal finds it until the very end.
     std::unique_ptr<TerminationSignals> signals;
     std::unique_ptr<QuitEvents> quitEvents;
+    std::unique_ptr<ProcessEnd> processEnd;
     SystemClock clock;
     StandardErrorLog log;
     PosixProcessServices process;
@@ -95,20 +100,31 @@ Platform LinuxPlatform::services()
             p.log};
 }
 
-void LinuxPlatform::onTermination(std::function<void()> requested)
+void LinuxPlatform::onEnd(std::function<void()> ending)
 {
-    parts_->quitEvents = std::make_unique<QuitEvents>(requested);
-    parts_->signals = std::make_unique<TerminationSignals>(std::move(requested));
+    const auto quit = [] { QCoreApplication::exit(EXIT_SUCCESS); };
+    parts_->signals = std::make_unique<TerminationSignals>(quit);
+    parts_->quitEvents = std::make_unique<QuitEvents>(quit);
+    parts_->processEnd = std::make_unique<ProcessEnd>([this, ending = std::move(ending)] {
+        ending();
+        prepareToEnd();
+    });
 }
 
 void LinuxPlatform::prepareToEnd()
 {
+    // Not cut off by the thread below: the settings matter more than the second.
     parts_->userDefaults.save();
     parts_->scriptRunner.cancel();
-    std::thread([] {
-        std::this_thread::sleep_for(longestEnd);
-        std::_Exit(EXIT_SUCCESS);
-    }).detach();
+    try {
+        std::thread([] {
+            std::this_thread::sleep_for(longestEnd);
+            std::_Exit(EXIT_SUCCESS);
+        }).detach();
+    } catch (const std::system_error&) {
+        // Out of threads: the end takes the time it takes.
+        return;
+    }
 }
 
 } // namespace spotwell

@@ -25,15 +25,16 @@ public:
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;
 
     [[nodiscard]] Platform services();
-    /// `requested` runs on the main thread when the process is to end: by a signal, with the desktop session, by
-    /// the quit command or the last window.
-    void onTermination(std::function<void()> requested);
-    /// Saves the settings and lets go of whatever waits for another program. From here on the process ends
-    /// within a second, with code 0, also where something that cannot be interrupted (a proxy look-up, a
-    /// display server that hangs) would hold its ordinary end.
-    void prepareToEnd();
+    /// From now on the process ends in order: by SIGTERM, SIGINT or SIGHUP, with the desktop session, by the
+    /// quit command or the last window, and where the display server has gone. `ending` runs once, on the
+    /// main thread; behind it the settings are saved and whatever waits for another program is let go. Then
+    /// the process is gone within a second, also where something that cannot be interrupted (a proxy look-up,
+    /// a display server that hangs) would hold its ordinary end.
+    void onEnd(std::function<void()> ending);
 
 private:
+    void prepareToEnd();
+
     struct Parts;
     std::unique_ptr<Parts> parts_;
 };

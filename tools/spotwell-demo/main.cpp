@@ -100,12 +100,10 @@ int main(int argc, char** argv)
                           real.notificationCenter, real.runningApplications, real.scriptRunner,
                           real.fileViewer, settings, real.textConverter, real.process, real.log},
                          window, logs.path(), options.feeds, QStringLiteral(SPOTWELL_VERSION));
-    platform.onTermination([] { QApplication::exit(0); });
     Picture picture(*window.statusLine, sources(options.feeds), options.screenshot);
-    QObject::connect(&application, &QApplication::aboutToQuit, &window, [&] {
+    platform.onEnd([&] {
         picture.takeAtLatestNow();
         delegate.applicationWillTerminate();
-        platform.prepareToEnd();
     });
 
     delegate.applicationDidFinishLaunching();

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+
+namespace spotwell
+{
+
+/// Runs something once before the process ends: when the application is about to quit, or else when the
+/// process exits without having asked it, as Qt makes it do where the X server has gone. One for the process;
+/// needs a QCoreApplication that lives longer. Main thread.
+class ProcessEnd
+{
+public:
+    explicit ProcessEnd(std::function<void()> ending);
+    ~ProcessEnd();
+    ProcessEnd(const ProcessEnd&) = delete;
+    ProcessEnd& operator=(const ProcessEnd&) = delete;
+
+private:
+    static void runOnce();
+
+    std::function<void()> ending_;
+};
+
+} // namespace spotwell
