@@ -188,7 +188,7 @@ protected:
     Report report_{
         [this](const QByteArray& line) { events_.push_back(QJsonDocument::fromJson(line).object()); }};
     int sessionsOver_ = 0;
-    std::unique_ptr<NodeServer> node_;
+    std::unique_ptr<Server> node_;
     std::list<ScriptedClient> clients_;
 };
 

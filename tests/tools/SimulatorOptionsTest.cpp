@@ -39,6 +39,34 @@ TEST(SimulatorOptions, haveDefaults)
     EXPECT_EQ(parsed(u"-- --a=b"_qs).plays, (Plays{{u"--a=b"_qs, {}}}));
 }
 
+TEST(SimulatorOptions, sayWhereScenariosListen)
+{
+    const QHostAddress second{u"127.0.0.2"_qs};
+    const struct {
+        QString argument;
+        Options::Play play;
+    } cases[]{
+        {u"pota@443"_qs, {u"pota"_qs, {QHostAddress::LocalHost, 443}}},
+        {u"pota@127.0.0.2:80"_qs, {u"pota"_qs, {second, 80}}},
+        {u"a@b/c@127.0.0.2:0"_qs, {u"a@b/c"_qs, {second, 0}}},
+        {u"a@b/c"_qs, {u"a@b/c"_qs, {QHostAddress::LocalHost, 0}}},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(parsed(c.argument).plays, Plays{c.play}) << qPrintable(c.argument);
+        EXPECT_TRUE(parsed(c.argument).error.isNull());
+    }
+    EXPECT_EQ(parsed(u"a@1 b@2"_qs).plays.size(), 2U);
+}
+
+TEST(SimulatorOptions, nameTheFilesOfTls)
+{
+    const Options options = parsed(u"--tls a.pem b.pem pota"_qs);
+    EXPECT_EQ(options.certificate, u"a.pem"_qs);
+    EXPECT_EQ(options.key, u"b.pem"_qs);
+    EXPECT_EQ(options.plays.size(), 1U);
+    EXPECT_EQ(parsed(u"--tls=a.pem b.pem pota"_qs).key, u"b.pem"_qs);
+}
+
 TEST(SimulatorOptions, needNoScenarioToInform)
 {
     EXPECT_TRUE(parsed(u"--help"_qs).help);
@@ -49,6 +77,10 @@ TEST(SimulatorOptions, needNoScenarioToInform)
 
 TEST(SimulatorOptions, sayWhatIsWrong)
 {
+    const auto behind = [](const QString& argument) {
+        return u"\"%1\" needs a port behind the \"@\", or an address like 127.0.0.2, a colon and a port"_qs
+            .arg(argument);
+    };
     const struct {
         QString line;
         QString error;
@@ -60,6 +92,14 @@ TEST(SimulatorOptions, sayWhatIsWrong)
         {u"--port"_qs, u"--port needs a number from 0 to 65535"_qs},
         {u"--port=-1 a"_qs, u"--port needs a number from 0 to 65535"_qs},
         {u"--port 7300 a b"_qs, u"--port goes with one scenario only"_qs},
+        {u"--port 7300 a@7301"_qs, u"--port does not go with a scenario that has its own"_qs},
+        {u"a@"_qs, behind(u"a@"_qs)},
+        {u"a@65536"_qs, behind(u"a@65536"_qs)},
+        {u"a@192.168.0.1:80"_qs, behind(u"a@192.168.0.1:80"_qs)},
+        {u"a@::1:80"_qs, behind(u"a@::1:80"_qs)},
+        {u"a@127.0.0.2"_qs, behind(u"a@127.0.0.2"_qs)},
+        {u"--tls"_qs, u"--tls needs a certificate's file and its key's"_qs},
+        {u"--tls a.pem"_qs, u"--tls needs a certificate's file and its key's"_qs},
         {u"--timeout 0 a"_qs, u"--timeout needs a number of seconds"_qs},
         {u"--timeout nan a"_qs, u"--timeout needs a number of seconds"_qs},
         {u"--timeout"_qs, u"--timeout needs a number of seconds"_qs},
@@ -95,8 +135,8 @@ TEST(SimulatorOptions, findScenarios)
 
 TEST(SimulatorOptions, areAllInTheHelpText)
 {
-    for (const char* option :
-         {"--port N", "--once", "--timeout SECONDS", "--set NAME=VALUE", "--list", "--help", "--version"})
+    for (const char* option : {"--port N", "--tls CERT KEY", "SCENARIO@ADDRESS:PORT", "--once",
+                               "--timeout SECONDS", "--set NAME=VALUE", "--list", "--help", "--version"})
         EXPECT_TRUE(helpText().contains(QString::fromLatin1(option))) << option;
 }
 

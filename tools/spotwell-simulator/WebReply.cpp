@@ -155,7 +155,8 @@ WebReply makeReply(const WebAnswer& answer, const WebRequest& request, WebFeeds&
     if (answer.gzip)
         body = gzippedSteps(body);
     // HTTP/1.0 knows no chunks.
-    const bool isChunked = answer.chunk && request.minorVersion == 1;
+    if (request.minorVersion == 1)
+        reply.chunk = answer.chunk;
 
     QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' +
                       (answer.reason.isEmpty() ? reasonOf(reply.status) : answer.reason) + "\r\n";
@@ -165,7 +166,7 @@ WebReply makeReply(const WebAnswer& answer, const WebRequest& request, WebFeeds&
         head += header + "\r\n";
     if (answer.gzip)
         head += "Content-Encoding: gzip\r\n";
-    if (isChunked)
+    if (reply.chunk)
         head += "Transfer-Encoding: chunked\r\n";
     else if (reply.status != 204 && reply.status != 304)
         head += "Content-Length: " + QByteArray::number(lengthOf(body)) + "\r\n";
@@ -175,8 +176,8 @@ WebReply makeReply(const WebAnswer& answer, const WebRequest& request, WebFeeds&
 
     if (answer.missing > 0)
         cutOff(body, answer.missing);
-    if (isChunked) {
-        cutIntoChunks(body, *answer.chunk);
+    if (reply.chunk) {
+        cutIntoChunks(body, *reply.chunk);
         if (answer.missing == 0)
             body.push_back({QByteArray{"0\r\n\r\n"}, true});
     }
@@ -208,8 +209,9 @@ QByteArray fillerBytes(qint64 left, std::optional<int> chunk, qint64* taken)
 QByteArray gzipped(const QByteArray& body)
 {
     // What qCompress gives is four bytes of length, two of a zlib header, the deflated bytes and four of a
-    // sum.
+    // sum. Of nothing it makes nothing; an empty block is that deflated.
     const QByteArray packed = qCompress(body);
+    const QByteArray deflated = body.isEmpty() ? QByteArray("\x03\0", 2) : packed.mid(6, packed.size() - 10);
     quint32 sum = 0xFFFFFFFF;
     std::array<quint32, 256> table;
     for (quint32 index = 0; index < table.size(); ++index) {
@@ -221,7 +223,7 @@ QByteArray gzipped(const QByteArray& body)
     for (const char byte : body)
         sum = table[(sum ^ static_cast<unsigned char>(byte)) & 0xFF] ^ (sum >> 8);
     std::array<quint32, 2> trailer{qToLittleEndian(~sum), qToLittleEndian(static_cast<quint32>(body.size()))};
-    return QByteArray("\x1F\x8B\x08\0\0\0\0\0\0\xFF", 10) + packed.mid(6, packed.size() - 10) +
+    return QByteArray("\x1F\x8B\x08\0\0\0\0\0\0\xFF", 10) + deflated +
            QByteArray(reinterpret_cast<const char*>(trailer.data()), sizeof trailer);
 }
 

@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 
+#include <optional>
 #include <variant>
 #include <vector>
 
@@ -24,6 +25,9 @@ struct WebReply {
     /// 0 where nothing is said.
     int status = 0;
     std::vector<Step> steps;
+    /// The most bytes of a chunk of filler; absent where the body's length is announced. Other bytes of the
+    /// body are in chunks already.
+    std::optional<int> chunk;
     /// Whether the connection stays open for another request.
     bool keepsOpen = false;
 };

@@ -196,7 +196,7 @@ bool WebSession::advance(const WebFiller& filler)
             return false;
         }
         qint64 taken = 0;
-        const QByteArray bytes = fillerBytes(count, playing_->answer.chunk, &taken);
+        const QByteArray bytes = fillerBytes(count, playing_->reply.chunk, &taken);
         socket_->queue(bytes);
         playing_->done += taken;
         playing_->bytes += bytes.size();
