@@ -1,3 +1,5 @@
+#include "tests/platform/LoopbackIdentity.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QJsonDocument>
@@ -57,13 +59,14 @@ protected:
         return process_.exitCode();
     }
     /// Connects, says `text` and leaves.
-    static void visit(std::uint16_t port, const QByteArray& text)
+    static void visit(std::uint16_t port, const QByteArray& text,
+                      const QString& host = QStringLiteral("127.0.0.1"))
     {
         const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        inet_pton(AF_INET, qPrintable(host), &address.sin_addr);
         EXPECT_EQ(connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         EXPECT_EQ(send(descriptor, text.constData(), static_cast<std::size_t>(text.size()), MSG_NOSIGNAL),
                   text.size());
@@ -104,6 +107,47 @@ TEST_F(SimulatorProgram, playsSeveralScenariosAndWaitsForAll)
     visit(first, "\xC3\xA4");
     visit(second, "2");
     EXPECT_EQ(exitCode(), 0);
+}
+
+TEST_F(SimulatorProgram, playsWebServicesWhereItIsTold)
+{
+    write(u"web.scenario"_qs, "service http\nanswer\nexpect request \"GET /\"\nend\n");
+    write(u"certificate.pem"_qs, loopbackCertificate);
+    write(u"key.pem"_qs, loopbackKey);
+    starts({u"--tls"_qs, u"certificate.pem"_qs, u"key.pem"_qs, u"--set"_qs, u"scheme=https"_qs,
+            u"--timeout"_qs, u"60"_qs, u"web.scenario@0"_qs, u"web.scenario@127.0.0.2:0"_qs, u"pota"_qs});
+    const QJsonObject first = event();
+    EXPECT_EQ(first[u"scenario"].toString(), u"web"_qs);
+    const std::uint16_t second = port();
+    EXPECT_EQ(event()[u"scenario"].toString(), u"pota"_qs);
+    visit(static_cast<std::uint16_t>(first[u"port"].toInt()), "GET / HTTP/1.1\r\nHost: a\r\n\r\n");
+    visit(second, "GET /else HTTP/1.1\r\nHost: a\r\n\r\n", u"127.0.0.2"_qs);
+    QJsonObject last;
+    for (int disconnects = 0; disconnects < 2 && !(last = event()).isEmpty();)
+        disconnects += last[u"event"].toString() == u"disconnect" ? 1 : 0;
+    process_.terminate();
+    EXPECT_EQ(exitCode(), 1);
+}
+
+TEST_F(SimulatorProgram, endsWhenEveryRequestHadItsAnswer)
+{
+    write(u"web.scenario"_qs, "service http\nanswer\nend\nanswer\nend\n");
+    starts({u"--once"_qs, u"web.scenario"_qs});
+    const std::uint16_t open = port();
+    visit(open, "GET / HTTP/1.1\r\nHost: a\r\n\r\n");
+    visit(open, "GET / HTTP/1.1\r\nHost: a\r\n\r\n");
+    EXPECT_EQ(exitCode(), 0);
+}
+
+TEST_F(SimulatorProgram, endsWithTwoWhenTlsLacksItsFiles)
+{
+    write(u"web.scenario"_qs, "service https\nanswer\nend\n");
+    starts({u"web.scenario"_qs});
+    EXPECT_EQ(exitCode(), 2);
+    EXPECT_EQ(process_.readAllStandardError(), "web.scenario: an https service needs --tls\n");
+    starts({u"--tls"_qs, u"none"_qs, u"none"_qs, u"web.scenario"_qs});
+    EXPECT_EQ(exitCode(), 2);
+    EXPECT_EQ(process_.readAllStandardError(), "none: No such file or directory\n");
 }
 
 TEST_F(SimulatorProgram, endsWithTwoAndAPlaceForABadScenario)

@@ -107,7 +107,7 @@ qsizetype TlsSocket::queued() const
 
 QByteArray TlsSocket::takeReceived()
 {
-    const QByteArray bytes = isOpen_ ? socket_.readAll() : QByteArray{};
+    const QByteArray bytes = isOpen_ && socket_.isOpen() ? socket_.readAll() : QByteArray{};
     if (!bytes.isEmpty())
         lastRead_ = Moment::clock::now();
     return bytes;
