@@ -14,6 +14,10 @@ using namespace Qt::Literals::StringLiterals;
 namespace
 {
 
+constexpr SpotKeys dxSummitKeys{"id"_L1,           "info"_L1,        "frequency"_L1,    "dx_latitude"_L1,
+                                "dx_longitude"_L1, "de_latitude"_L1, "de_longitude"_L1, "time"_L1,
+                                "dx_call"_L1,      "de_call"_L1};
+
 QString dxSummitComment(const QJsonObject& entry)
 {
     const QJsonValue info = entry.value("info"_L1);
@@ -81,7 +85,7 @@ void DxSummitFeed::parseDxSummitData(const QByteArray& body, bool dxsExclusive)
             continue;
         }
         const QJsonObject entry = element.toObject();
-        if (!remember(_dxsummit_objects, idOf(entry, "id"_L1)))
+        if (!remember(_dxsummit_objects, idOf(entry, "id"_L1, dxSummitKeys)))
             continue;
         const std::optional<Spot> spot = dxSummitSpot(entry, dxsExclusive);
         if (!spot)

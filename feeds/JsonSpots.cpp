@@ -5,25 +5,52 @@
 
 #include <QCryptographicHash>
 #include <QJsonDocument>
+#include <QtEndian>
+
+#include <limits>
 
 namespace spotwell
 {
 
+namespace
+{
+
+/// Whether `body` can be read within a bounded memory. What looks like structure inside of texts counts, too.
+bool isModest(QByteArrayView body)
+{
+    const qsizetype containers = body.count('[') + body.count('{');
+    return containers <= mostContainers && containers + body.count(',') <= mostValues;
+}
+
+} // namespace
+
 std::optional<QJsonArray> spotsIn(const QByteArray& body)
 {
-    const QJsonDocument answer = QJsonDocument::fromJson(body);
+    if (!isModest(body))
+        return std::nullopt;
+    QJsonParseError error;
+    QJsonDocument answer = QJsonDocument::fromJson(body, &error);
+    // The reader refuses the whole for one odd byte in one text.
+    if (error.error == QJsonParseError::IllegalUTF8String)
+        answer = QJsonDocument::fromJson(QString::fromUtf8(body).toUtf8());
     if (!answer.isArray())
         return std::nullopt;
     return answer.array();
 }
 
-QJsonValue idOf(const QJsonObject& spot, QLatin1String key)
+QJsonValue idOf(const QJsonObject& spot, QLatin1String key, SpotKeys keysRead)
 {
     QJsonValue id = spot.value(key);
     if (id.isDouble())
         return id;
-    const QByteArray all = QJsonDocument(spot).toJson(QJsonDocument::Compact);
-    return QString::fromLatin1(QCryptographicHash::hash(all, QCryptographicHash::Sha256));
+    QJsonObject read;
+    for (const QLatin1String readKey : keysRead) {
+        if (const auto found = spot.constFind(readKey); found != spot.constEnd())
+            read.insert(readKey, *found);
+    }
+    const QByteArray all = QJsonDocument(read).toJson(QJsonDocument::Compact);
+    const QByteArray digest = QCryptographicHash::hash(all, QCryptographicHash::Sha256);
+    return qFromBigEndian<qint64>(digest.constData()) | std::numeric_limits<qint64>::min();
 }
 
 bool remember(QSet<QJsonValue>& remembered, const QJsonValue& id)

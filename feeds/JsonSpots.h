@@ -10,6 +10,7 @@
 #include <QSet>
 #include <QString>
 
+#include <initializer_list>
 #include <optional>
 
 namespace spotwell
@@ -19,12 +20,22 @@ namespace spotwell
 // value of an unexpected kind is taken as null is, a text for a latitude say. All are callable from any
 // thread.
 
-/// The array that the whole of `body` is (RFC 8259, in UTF-8). Absent when it is something else or cut off.
+/// What an answer may hold at most, so that reading it takes a bounded memory: objects and arrays, and values
+/// of all kinds. Ten thousand spots have ten thousand objects and some 250,000 values.
+inline constexpr qsizetype mostContainers = 200'000;
+inline constexpr qsizetype mostValues = 4'000'000;
+
+/// The array that the whole of `body` is (RFC 8259, in UTF-8; what is no UTF-8 inside of texts is replaced).
+/// Absent when it is something else, cut off, or more than the above.
 [[nodiscard]] std::optional<QJsonArray> spotsIn(const QByteArray& body);
 
-/// By what `spot` is known to a feed: its number under `key`, whole numbers exact and 7.0 the same as 7. A
-/// spot without such a number is known by all it says, as a digest, so that its length does not matter.
-[[nodiscard]] QJsonValue idOf(const QJsonObject& spot, QLatin1String key);
+/// The keys of a spot that a feed reads, the one of its id among them.
+using SpotKeys = std::initializer_list<QLatin1String>;
+
+/// By what `spot` is known to a feed: its number under `key`, whole numbers of 64 bits exact and 7.0 the same
+/// as 7. A spot without such a number is known by all that `keysRead` say, as a negative number made of
+/// their digest, so that their length does not matter.
+[[nodiscard]] QJsonValue idOf(const QJsonObject& spot, QLatin1String key, SpotKeys keysRead);
 
 /// Adds `id` to what a feed remembers. False when it was there before.
 bool remember(QSet<QJsonValue>& remembered, const QJsonValue& id);

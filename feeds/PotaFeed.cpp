@@ -14,6 +14,10 @@ using namespace Qt::Literals::StringLiterals;
 namespace
 {
 
+constexpr SpotKeys potaKeys{"spotId"_L1,    "spotter"_L1,   "activator"_L1, "reference"_L1,
+                            "frequency"_L1, "mode"_L1,      "comments"_L1,  "grid6"_L1,
+                            "latitude"_L1,  "longitude"_L1, "spotTime"_L1};
+
 /// Whether an automatic receiver is the spotter; so it is taken to be when none is named.
 bool isSkimmer(const std::optional<QString>& spotter)
 {
@@ -59,7 +63,7 @@ void PotaFeed::parsePotaData(const QByteArray& body, bool showSkimmers)
     for (const Candidate& candidate : oldestFirst(*spots, showSkimmers)) {
         const QJsonObject entry = spots->begin()[candidate.index].toObject();
         // Not every candidate is new any more: an answer may hold two entries of one id.
-        if (!remember(_pota_objects, idOf(entry, "spotId"_L1)))
+        if (!remember(_pota_objects, idOf(entry, "spotId"_L1, potaKeys)))
             continue;
         const bool hasTime = candidate.time != TimePoint::max();
         host_.forward(potaSpot(entry, hasTime ? std::optional{candidate.time} : std::nullopt));

@@ -141,6 +141,35 @@ TEST_F(FeedsTest, TheSameAnswerIsForwardedOnce)
     }
 }
 
+TEST_F(FeedsTest, AnEmptyAnswerRenewsTheStampToo)
+{
+    switchOn(feeds[0]);
+    program.launch();
+    passSeconds(1);
+    answer("[]");
+    EXPECT_EQ(program.log.lines.last(), QStringLiteral("parsePotaData:spots:[0]"));
+    passSeconds(30);
+    EXPECT_TRUE(program.urlSession->requests.empty());
+    passSeconds(1);
+    EXPECT_EQ(program.urlSession->requests.size(), 1U);
+}
+
+TEST_F(FeedsTest, AnAnswerUnderWayIsForwardedWhenItsFeedWasSwitchedOff)
+{
+    for (const Feed& feed : feeds) {
+        FakeProgram other;
+        other.defaults.booleans[QLatin1String(feed.key)] = true;
+        other.launch();
+        other.mainQueue.advance(Seconds{1});
+        other.queue(feed.queue).runPending();
+        (other.window.*feed.box)->click();
+        ASSERT_EQ(other.urlSession->requests.size(), 1U);
+        other.urlSession->requests.front().second({feed.answer, UrlResponse{200}, std::nullopt});
+        other.mainQueue.runPending();
+        EXPECT_EQ(other.center.posted.size(), 1U) << feed.key;
+    }
+}
+
 TEST_F(FeedsTest, TheSkimmersBoxCountsAtTheTick)
 {
     switchOn(feeds[0]);

@@ -342,12 +342,43 @@ TEST_F(SupervisionTest, AFloodSwitchesTheSupervisorOff)
     EXPECT_EQ(sockets.connections.size(), 1U);
 }
 
-TEST_F(SupervisionTest, TheFloodRuleLeavesTheWatchdogAlone)
+TEST_F(SupervisionTest, AFloodLeavesTheWatchdogAlone)
 {
-    host.reconnect = false;
+    FakeConnection& node = loggedIn();
+    for (int i = 0; i < 6; ++i)
+        node.receive(QByteArray(wholeBuffer, 'x'));
+    treat();
     openCompleted();
     tickAfter(Seconds{31});
+    EXPECT_FALSE(host.reconnect);
     EXPECT_EQ(host.console.last(), dataGivenUp);
+}
+
+TEST_F(SupervisionTest, WhatIsShownAndLoggedHasItsOrder)
+{
+    QStringList journal;
+    host.note = [&](const QString& entry) { journal.append(entry); };
+    log.note = host.note;
+    const QString silence = QStringLiteral("Nothing heard from dxc.example.org in 12.0 minutes");
+
+    loggedIn();
+    journal.clear();
+    tickAfter(Seconds{721});
+    ASSERT_GE(journal.size(), 5);
+    EXPECT_EQ(journal.mid(0, 3),
+              (QStringList{QStringLiteral("console ") + silence, QStringLiteral("log ") + silence,
+                           QStringLiteral("thread check")}))
+        << "and then the connection is closed";
+    journal.clear();
+    tickAfter(Seconds{1});
+    EXPECT_EQ(journal.mid(0, 4),
+              (QStringList{QStringLiteral("console ") + reconnecting, QStringLiteral("log ") + reconnecting,
+                           QStringLiteral("log openTelnetConnection"),
+                           QStringLiteral("console openTelnetConnection")}));
+    journal.clear();
+    tickAfter(Seconds{31});
+    EXPECT_EQ(journal.first(), QStringLiteral("log DXClusterController:loginTimeoutTimer:") + dataGivenUp);
+    EXPECT_EQ(journal.last(), QStringLiteral("console ") + dataGivenUp);
 }
 
 TEST_F(SupervisionTest, ALineFeedThatFindsNoSpaceCountsAsSent)
@@ -362,7 +393,7 @@ TEST_F(SupervisionTest, ALineFeedThatFindsNoSpaceCountsAsSent)
     EXPECT_EQ(node.written, QByteArray("\n"));
 }
 
-TEST_F(SupervisionTest, TheKeepAliveTimeOutlivesAConnection)
+TEST_F(SupervisionTest, ANewConnectionGetsItsLineFeedsAsTheFirstOneDid)
 {
     loggedIn();
     tickAfter(Seconds{601});

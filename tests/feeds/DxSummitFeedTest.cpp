@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace spotwell
 {
 
@@ -331,6 +333,35 @@ TEST_F(DxSummitFeedTest, TakesTenThousandRows)
     EXPECT_EQ(parsed(elements), expected);
     EXPECT_EQ(host.pauses.size(), 10000U);
     EXPECT_EQ(feed.remembered().size(), 10000);
+    // Too many to be kept: the same answer goes out whole again.
+    EXPECT_EQ(parsed(elements), expected);
+}
+
+TEST_F(DxSummitFeedTest, NegatesAZeroToo)
+{
+    feed.parseDxSummitData(array({dxSummitSpotWith({{"dx_longitude", "0"}, {"de_longitude", "-0.0"}})}),
+                           false);
+    ASSERT_EQ(host.spots.size(), 1U);
+    EXPECT_TRUE(std::signbit(host.spots[0].dxlongitude.value_or(1.0)));
+    EXPECT_EQ(host.spots[0].delongitude, 0.0);
+}
+
+TEST_F(DxSummitFeedTest, AnOddEntryCostsItsNeighboursNothing)
+{
+    const QByteArray nulls =
+        R"({"id":null,"info":null,"frequency":null,"dx_latitude":null,"dx_longitude":null,)"
+        R"("de_latitude":null,"de_longitude":null,"time":null,"dx_call":null,"de_call":null})";
+    for (const QByteArray& odd :
+         {QByteArray("{}"), nulls, dxSummitSpotWith({{"id", "1"}, {"dx_call", "\"X \xe9\""}}),
+          dxSummitSpotWith({{"id", "1"}, {"de_call", "\"\""}})}) {
+        DxSummitFeed fresh(host, log);
+        host.clear();
+        fresh.parseDxSummitData(array({dxSummitSpotOf("3", "NEWER"), odd, dxSummitSpotOf("2", "OLDER")}),
+                                false);
+        EXPECT_EQ(column(host.spots, call), QStringList({u"'OLDER'"_s, u"'NEWER'"_s})) << odd.toStdString();
+        EXPECT_EQ(fresh.remembered().size(), 3);
+    }
+    EXPECT_TRUE(log.lines.isEmpty());
 }
 
 } // namespace spotwell

@@ -26,7 +26,7 @@ QJsonObject objectOf(const QByteArray& json)
 
 QJsonValue idIn(const QByteArray& json)
 {
-    return idOf(objectOf(json), "id"_L1);
+    return idOf(objectOf(json), "id"_L1, {"id"_L1, "a"_L1, "b"_L1});
 }
 
 } // namespace
@@ -41,6 +41,12 @@ TEST(JsonSpots, AreArrays)
         {"[1,\"two\",null,true,[],{}]", 6},
         {"[\"\xc3\xa9\"]", 1},
         {QByteArray(500, '[') + QByteArray(500, ']'), 1},
+        {"\xef\xbb\xbf[{}]", 1},
+        {"[\"\t\r\n\x1f\",{}]", 2},
+        {QByteArray("[\"\0\",{}]", 8), 2},
+        {"[{\"a\":1,\"a\":2}]", 1},
+        {"[" + QByteArray("{},").repeated(mostContainers - 2) + "{}]", mostContainers - 1},
+        {"[" + QByteArray("1,").repeated(mostValues - 1) + "1]", mostValues},
     };
     for (const auto& [body, count] : bodies) {
         const std::optional<QJsonArray> spots = spotsIn(body);
@@ -66,9 +72,17 @@ TEST(JsonSpots, AreNothingElse)
         "[{}]x",
         "[{}][{}]",
         "[\"\\ud8\"]",
-        "[\"\xff\"]",
-        "[\"\xed\xa0\x80\"]",
+        "[\xff]",
         "[nan]",
+        "[NaN]",
+        "[Infinity]",
+        "[1e400]",
+        "[0123]",
+        "[+1]",
+        QByteArray("[{}]\0", 5),
+        QByteArray(1100, '[') + QByteArray(1100, ']'),
+        "[" + QByteArray("{},").repeated(mostContainers - 1) + "{}]",
+        "[" + QByteArray("1,").repeated(mostValues) + "1]",
         "<!DOCTYPE html><html><body><h1>502 Bad Gateway</h1></body></html>",
         QByteArray("\0", 1),
         QByteArray(1000000, '['),
@@ -76,6 +90,24 @@ TEST(JsonSpots, AreNothingElse)
     };
     for (const QByteArray& body : bodies)
         EXPECT_FALSE(spotsIn(body)) << body.left(100).toStdString();
+}
+
+TEST(JsonSpots, LoseNothingByAByteThatIsNoText)
+{
+    const std::vector<std::pair<QByteArray, QString>> rows = {
+        {"a\xe9z", u"a\ufffdz"_s},
+        {"\xff", u"\ufffd"_s},
+        {"\xed\xa0\x80", u"\ufffd\ufffd\ufffd"_s},
+        {"cut \xe2\x82", u"cut \ufffd\ufffd"_s},
+    };
+    for (const auto& [bytes, text] : rows) {
+        const auto spots = spotsIn(R"([{"a":"one"},{"a":")" + bytes + R"("},{"a":"three \u00e9"}])");
+        ASSERT_TRUE(spots) << bytes.toStdString();
+        ASSERT_EQ(spots->size(), 3);
+        EXPECT_EQ(textOf(spots->at(0).toObject(), "a"_L1), u"one"_s);
+        EXPECT_EQ(textOf(spots->at(1).toObject(), "a"_L1), text) << bytes.toHex().toStdString();
+        EXPECT_EQ(textOf(spots->at(2).toObject(), "a"_L1), u"three \u00e9"_s);
+    }
 }
 
 TEST(JsonSpots, AreKnownByTheirNumbers)
@@ -112,7 +144,7 @@ TEST(JsonSpots, AreKnownByTheirNumbers)
     }
 }
 
-TEST(JsonSpots, AreKnownByAllTheySayWithoutANumber)
+TEST(JsonSpots, AreKnownByAllThatIsReadOfThemWithoutANumber)
 {
     struct Row {
         QByteArray one;
@@ -135,6 +167,9 @@ TEST(JsonSpots, AreKnownByAllTheySayWithoutANumber)
         {R"({"a":"\ud800"})", R"({"a":"\ud800"})", true},
         {R"({"a":"\u0000"})", R"({"a":""})", false},
         {R"({"a":"x\u0000y"})", R"({"a":"x\u0000z"})", false},
+        {R"({"id":"7","expire":1799})", R"({"id":"7","expire":1769})", true},
+        {R"({"b":"b","expire":1})", R"({"b":"b"})", true},
+        {R"({"a":")" + QByteArray(200, 'x') + R"(1"})", R"({"a":")" + QByteArray(200, 'x') + R"(2"})", false},
     };
     for (const Row& row : rows) {
         QSet<QJsonValue> known;
@@ -147,11 +182,10 @@ TEST(JsonSpots, AreKnownByAllTheySayWithoutANumber)
 TEST(JsonSpots, AreKnownByLittle)
 {
     const QJsonValue id = idIn(object({{"id", '"' + QByteArray(100000, 'x') + '"'}}));
-    ASSERT_TRUE(id.isString());
-    EXPECT_EQ(id.toString().size(), 32);
-    // SHA-256 of "{}".
-    EXPECT_EQ(idIn("{}").toString().toLatin1().toHex(),
-              "44136fa355b3678a1146ad16f7e8649e94fb4fc21fe77e8310c060f61caaff8a");
+    ASSERT_TRUE(id.isDouble());
+    EXPECT_LT(id.toInteger(), 0) << "no service counts so";
+    // The first 64 bits of SHA-256 of "{}", 44136fa355b3678a, with the sign's bit.
+    EXPECT_EQ(static_cast<quint64>(idIn("{}").toInteger()), 0xc4136fa355b3678aU);
 }
 
 TEST(JsonSpots, HoldTexts)

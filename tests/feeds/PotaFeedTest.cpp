@@ -269,6 +269,35 @@ TEST_F(PotaFeedTest, TakesTenThousandRows)
     EXPECT_EQ(parsed(elements), expected);
     EXPECT_EQ(host.pauses.size(), 10000U);
     EXPECT_EQ(feed.remembered().size(), 10000);
+    // Too many to be kept: the same answer goes out whole again.
+    EXPECT_EQ(parsed(elements), expected);
+}
+
+TEST_F(PotaFeedTest, AnEntryThatSaysNothingIsForwardedAsItIs)
+{
+    const QByteArray nulls =
+        R"({"spotId":null,"spotter":null,"activator":null,"reference":null,"frequency":null,)"
+        R"("mode":null,"name":null,"comments":null,"grid6":null,"latitude":null,)"
+        R"("longitude":null,"spotTime":null})";
+    feed.parsePotaData(array({nulls, "{}", potaSpotOf("1", "N", "2024-03-01T14:28:59"), nulls, "{}"}), true);
+    ASSERT_EQ(host.spots.size(), 3U);
+    EXPECT_EQ(fields(host.spots[0])[call], u"'N'"_s);
+    EXPECT_EQ(fields(host.spots[1]),
+              (QStringList{u"''"_s, u"''"_s, u"'POTA'"_s, u"-"_s, u"0"_s, u"''"_s, u"''"_s, u"-"_s, u"-"_s,
+                           u"-"_s, u"-"_s, u"''"_s, u"''"_s, u"'pota'"_s}));
+    EXPECT_EQ(fields(host.spots[2]),
+              (QStringList{u"-"_s, u"-"_s, u"'POTA'"_s, u"-"_s, u"0"_s, u"-"_s, u"-"_s, u"-"_s, u"-"_s,
+                           u"-"_s, u"-"_s, u"-"_s, u"-"_s, u"'pota'"_s}));
+}
+
+TEST_F(PotaFeedTest, AByteThatIsNoTextCostsNothing)
+{
+    feed.parsePotaData(
+        array({potaSpotOf("1", "A", "2024-03-01T14:28:57"), potaSpotOf("2", "B\xe9", "2024-03-01T14:28:58"),
+               potaSpotOf("3", "C", "2024-03-01T14:28:59")}),
+        false);
+    EXPECT_EQ(column(host.spots, call), QStringList({u"'A'"_s, u"'B\ufffd'"_s, u"'C'"_s}));
+    EXPECT_TRUE(log.lines.isEmpty());
 }
 
 } // namespace spotwell

@@ -173,6 +173,14 @@ TEST_F(WebPollerTest, TheGapHasToBeExceeded)
     }
 }
 
+TEST_F(WebPollerTest, AClockThatWasPutBackWaitsUntilItHasCaughtUp)
+{
+    startPota();
+    lastTime = clock.now() + std::chrono::seconds(100);
+    EXPECT_EQ(requestsIn(130), 0U);
+    EXPECT_EQ(requestsIn(1), 1U);
+}
+
 TEST_F(WebPollerTest, AStampOfTheIssueRunsFromThere)
 {
     startWsprnet();
