@@ -10,6 +10,32 @@
 namespace spotwell
 {
 
+namespace
+{
+
+int listenOnLoopback()
+{
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        ::listen(listener, 64) != 0)
+        throw std::runtime_error("no loopback server");
+    return listener;
+}
+
+int portOf(int listener)
+{
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    if (::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+        throw std::runtime_error("no listening socket");
+    return ntohs(address.sin_port);
+}
+
+} // namespace
+
 std::string LoopbackHttpServer::Connection::readHead()
 {
     std::string head;
@@ -62,18 +88,16 @@ bool LoopbackHttpServer::Connection::waitForClose(int milliseconds)
 }
 
 LoopbackHttpServer::LoopbackHttpServer(Handler handler)
-    : handler_(std::move(handler)), listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    : LoopbackHttpServer(std::move(handler), listenOnLoopback())
 {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    if (::bind(listener_, generic, size) != 0 || ::listen(listener_, 64) != 0 ||
-        ::getsockname(listener_, generic, &size) != 0)
-        throw std::runtime_error("no loopback server");
-    port_ = ntohs(address.sin_port);
-    acceptor_ = std::thread([this] { acceptAll(); });
+}
+
+LoopbackHttpServer::LoopbackHttpServer(Handler handler, int listener)
+    : handler_(std::move(handler)),
+      listener_(listener),
+      port_(portOf(listener)),
+      acceptor_([this] { acceptAll(); })
+{
 }
 
 LoopbackHttpServer::~LoopbackHttpServer()

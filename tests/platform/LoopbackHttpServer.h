@@ -43,6 +43,8 @@ public:
     using Handler = std::function<void(Connection& connection, const std::string& head)>;
 
     explicit LoopbackHttpServer(Handler handler);
+    /// Takes a socket that listens already; closes it in the end.
+    LoopbackHttpServer(Handler handler, int listener);
     ~LoopbackHttpServer();
     LoopbackHttpServer(const LoopbackHttpServer&) = delete;
     LoopbackHttpServer& operator=(const LoopbackHttpServer&) = delete;
@@ -57,8 +59,8 @@ private:
     void serve(Connection& connection);
 
     const Handler handler_;
-    int listener_ = -1;
-    int port_ = 0;
+    const int listener_;
+    const int port_;
     mutable std::mutex mutex_;
     bool ending_ = false;
     std::vector<std::string> heads_;
