@@ -10,7 +10,8 @@
 namespace spotwell
 {
 
-RunningProgram::RunningProgram(const Home& home, const std::string& busAddress, const QStringList& variables)
+RunningProgram::RunningProgram(const Home& home, const std::string& busAddress, const QStringList& variables,
+                               const QStringList& launcher)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
@@ -26,9 +27,10 @@ RunningProgram::RunningProgram(const Home& home, const std::string& busAddress, 
                                             QStringLiteral(":ignore_noninstrumented_modules=1"));
     process_.setProcessEnvironment(environment);
     process_.setStandardInputFile(QProcess::nullDevice());
-    process_.start(QStringLiteral(SPOTWELL), QStringList());
+    const QStringList command = launcher + QStringList(QStringLiteral(SPOTWELL));
+    process_.start(command.first(), command.mid(1));
     if (!process_.waitForStarted())
-        throw std::runtime_error("cannot start " SPOTWELL);
+        throw std::runtime_error("cannot start " + command.first().toStdString());
 }
 
 RunningProgram::~RunningProgram()

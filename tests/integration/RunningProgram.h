@@ -23,8 +23,10 @@ inline constexpr bool sanitized = false;
 class RunningProgram
 {
 public:
-    /// Starts it. `variables`, "NAME=VALUE", are added to the test's own environment and to the home's.
-    RunningProgram(const Home& home, const std::string& busAddress, const QStringList& variables = {});
+    /// Starts it. `variables`, "NAME=VALUE", are added to the test's own environment and to the home's;
+    /// `launcher` is a command that becomes the one behind it.
+    RunningProgram(const Home& home, const std::string& busAddress, const QStringList& variables = {},
+                   const QStringList& launcher = {});
     ~RunningProgram();
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;

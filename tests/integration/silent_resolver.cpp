@@ -1,9 +1,11 @@
+#include <cstdio>
 #include <netdb.h>
 #include <unistd.h>
 
 // A name server that stays silent, longer than any test.
-extern "C" int getaddrinfo(const char*, const char*, const addrinfo*, addrinfo**)
+extern "C" int getaddrinfo(const char* name, const char*, const addrinfo*, addrinfo**)
 {
+    std::fprintf(stderr, "looking for %s\n", name);
     while (true)
         ::pause();
 }

@@ -1,0 +1,131 @@
+#include "tests/integration/FeedsTest.h"
+
+#include <array>
+#include <poll.h>
+#include <unistd.h>
+#include <utility>
+
+namespace spotwell
+{
+
+void FeedsTest::SetUp()
+{
+    if (const auto reason = PrivateNetwork::refusal())
+        GTEST_SKIP() << "NOT TESTED: this machine permits no network of a process's own: "
+                     << reason->toStdString();
+}
+
+void FeedsTest::TearDown()
+{
+    gate.open();
+    ProgramTest::TearDown();
+    if (listeners_) {
+        ::close(listeners_->http);
+        ::close(listeners_->https);
+    }
+}
+
+QStringList FeedsTest::allFeeds()
+{
+    return {QStringLiteral("pota"), QStringLiteral("dxsummit"), QStringLiteral("wsprnet")};
+}
+
+QStringList FeedsTest::allHosts()
+{
+    return {QStringLiteral("api.pota.app"), QStringLiteral("www.dxsummit.fi"),
+            QStringLiteral("www.wsprnet.org")};
+}
+
+SettingsTexts FeedsTest::feedSettings(const QStringList& feeds)
+{
+    SettingsTexts settings;
+    for (const char* text : {"dxcluster", "port", "callsign", "password"})
+        settings.insert(QString::fromLatin1(text), QString());
+    for (const char* choice :
+         {"reconnect", "wsprnet", "dxsummit", "pota", "skimmers", "dxsexclusive", "dark"})
+        settings.insert(QString::fromLatin1(choice), QStringLiteral("false"));
+    for (const QString& feed :
+         feeds + QStringList{QStringLiteral("skimmers"), QStringLiteral("dxsexclusive")})
+        settings[feed] = QStringLiteral("true");
+    return settings;
+}
+
+void FeedsTest::startFeeds(const QStringList& feeds, const QStringList& variables, const QStringList& hosts)
+{
+    spotListener_ = std::make_unique<BusPeer>(bus);
+    spotListener_->command({QStringLiteral("listen"), QStringLiteral("com.tarnbrooksoftware.spotwell_spot")});
+    home.writeSettings(feedSettings(feeds));
+    network_.emplace(home.filePath(QStringLiteral("network")), hosts);
+    started = std::chrono::steady_clock::now();
+    program.emplace(home, bus.address(), variables, network_->launcher());
+    listeners_ = network_->takeListeners();
+}
+
+bool FeedsTest::isCalled() const
+{
+    std::array<pollfd, 2> calls{{{listeners_->http, POLLIN, 0}, {listeners_->https, POLLIN, 0}}};
+    return ::poll(calls.data(), calls.size(), 0) == 2;
+}
+
+void FeedsTest::serve(const QByteArray& certificate)
+{
+    services.start(*std::exchange(listeners_, std::nullopt), certificate);
+}
+
+LoopbackHttpServer::Handler FeedsTest::held(LoopbackHttpServer::Handler answer)
+{
+    return [this, answer = std::move(answer)](LoopbackHttpServer::Connection& connection,
+                                              const std::string& head) {
+        gate.wait(std::chrono::seconds{100});
+        answer(connection, head);
+    };
+}
+
+bool FeedsTest::asked(const std::string& address, std::size_t count) const
+{
+    return waitUntil([&] { return services.requests(address).size() >= count; });
+}
+
+QStringList FeedsTest::nextSpot()
+{
+    const QStringList seen = next(*spotListener_, QStringLiteral("signal"));
+    if (seen.isEmpty())
+        return seen;
+    const QStringList front{QStringLiteral("signal"),
+                            QStringLiteral("/com/tarnbrooksoftware/DistributedNotifications"),
+                            QStringLiteral("com.tarnbrooksoftware.DistributedNotifications"),
+                            QStringLiteral("Posted"),
+                            QStringLiteral("ssa{sv}"),
+                            QStringLiteral("com.tarnbrooksoftware.spotwell_spot"),
+                            QStringLiteral("string object")};
+    EXPECT_EQ(seen.first(front.size()), front);
+    return seen.mid(front.size());
+}
+
+QStringList FeedsTest::nextCalls(int count)
+{
+    QStringList calls;
+    while (calls.size() < count) {
+        const QStringList spot = nextSpot();
+        if (spot.isEmpty())
+            break;
+        calls.append(spot.first().section(QLatin1Char(':'), 1));
+    }
+    return calls;
+}
+
+int FeedsTest::spotsLeft()
+{
+    return spotListener_->count(QStringLiteral("signal"));
+}
+
+QStringList FeedsTest::entriesOf(const QStringList& operations) const
+{
+    QStringList found = entries();
+    found.removeIf([&operations](const QString& entry) {
+        return !operations.contains(entry.section(QLatin1Char(':'), 0, 0));
+    });
+    return found;
+}
+
+} // namespace spotwell
