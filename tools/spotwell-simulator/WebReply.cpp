@@ -74,14 +74,16 @@ Steps plainSteps(const WebAnswer& answer, WebFeeds& feeds, TimePoint now)
 {
     Steps steps;
     for (const WebAnswer::Part& part : answer.parts) {
+        WebReply::Step& step = steps.emplace_back();
         if (const auto* pause = std::get_if<WebPause>(&part))
-            steps.push_back({*pause, false});
+            step.what = *pause;
         else if (const auto* list = std::get_if<WebList>(&part))
-            steps.push_back({feeds.next(list->feed, list->rows, list->fresh, now), true});
+            step.what = feeds.next(list->feed, list->rows, list->fresh, now);
         else if (const auto* filler = std::get_if<WebFiller>(&part))
-            steps.push_back({*filler, true});
+            step.what = *filler;
         else
-            steps.push_back({std::get<QByteArray>(part), true});
+            step.what = std::get<QByteArray>(part);
+        step.isBody = !isPause(step);
     }
     return steps;
 }

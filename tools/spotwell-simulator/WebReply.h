@@ -19,7 +19,7 @@ struct WebReply {
     struct Step {
         std::variant<WebPause, QByteArray, WebFiller> what;
         /// Whether it belongs to the body, which may drip.
-        bool isBody;
+        bool isBody = false;
     };
 
     /// 0 where nothing is said.
