@@ -25,7 +25,10 @@ struct UrlSessionLimits {
     /// Transfers that run at once. Qt's client has no more connections; what runs beyond that would only wait
     /// in line there while its time-outs run.
     std::size_t running = 6;
-    /// Bytes that Qt's client may have read and not handed over.
+    /// Bytes of one body that Qt's client keeps until they are taken; then it slows the server down. What is
+    /// not taken as it comes, the body of a redirection or refusal, should be smaller.
+    qint64 buffer = 512 * 1024;
+    /// Bytes that Qt's client may have read and not handed over; more than `running` buffers.
     qint64 unseen = 4 * 1024 * 1024;
     /// Hosts with a line, an account and a client of their own; all others share one more.
     std::size_t hosts = 8;

@@ -8,14 +8,6 @@
 namespace spotwell
 {
 
-namespace
-{
-
-/// Bytes that the reply keeps for us at most; beyond that the server is slowed down.
-constexpr qint64 readBufferSize = 65536;
-
-} // namespace
-
 int timerInterval(Seconds span)
 {
     return static_cast<int>(std::clamp(std::ceil(span.count() * 1000.0), 1.0,
@@ -62,7 +54,7 @@ UrlTransfer::UrlTransfer(QNetworkReply& reply, const UrlSessionConfiguration& co
 
 void UrlTransfer::start()
 {
-    reply_.setReadBufferSize(readBufferSize);
+    reply_.setReadBufferSize(limits_.buffer);
     connect(&reply_, &QNetworkReply::readyRead, this, [this] { takeBody(); });
     connect(&reply_, &QNetworkReply::finished, this, [this] { finish(); });
     connect(&reply_, &QNetworkReply::errorOccurred, this,

@@ -23,7 +23,7 @@ TEST(QtUrlSessionFlood, EndsWhenTooMuchWasRead)
         SCOPED_TRACE(flood.name);
         FloodingServer server(flood);
         Results results;
-        QtUrlSession session(patient(), u"test"_s, {.unseen = 200'000});
+        QtUrlSession session(patient(), u"test"_s, {.buffer = 16384, .unseen = 200'000});
         session.dataTask(server.url(), results.handler());
         expectError(results.wait(1).front(), tooMuch);
         EXPECT_TRUE(waitUntil([&] { return server.isRid(); }));
@@ -72,7 +72,7 @@ TEST(QtUrlSessionFlood, IsNotWhatALargeHeadIs)
 {
     LoopbackHttpServer server(answering("200 OK", "body", "Server: " + std::string(100'000, 'x') + "\r\n"));
     Results results;
-    QtUrlSession session(patient(), u"test"_s, {.unseen = 200'000});
+    QtUrlSession session(patient(), u"test"_s, {.buffer = 16384, .unseen = 200'000});
     for (std::size_t i = 1; i <= 5; ++i) {
         session.dataTask(server.url(), results.handler());
         expectAnswer(results.wait(i).back(), 200, "body");
@@ -96,7 +96,7 @@ TEST(QtUrlSessionFlood, IsNotWhatALargeBodyIs)
         }
     });
     Results results;
-    QtUrlSession session(patient(), u"test"_s, {.unseen = 500'000});
+    QtUrlSession session(patient(), u"test"_s, {.buffer = 16384, .unseen = 500'000});
     for (const QString& path : {u"/"_s, u"/packed"_s, u"/"_s})
         session.dataTask(server.url(path), results.handler());
     for (const UrlResult& result : results.wait(3))
@@ -108,7 +108,7 @@ TEST(QtUrlSessionFlood, IsSeenAtTheTargetOfARedirection)
     FloodingServer target(floods().front());
     LoopbackHttpServer server(answering("302 Found", "", "Location: " + target.url().toStdString() + "\r\n"));
     Results results;
-    QtUrlSession session(patient(), u"test"_s, {.unseen = 200'000});
+    QtUrlSession session(patient(), u"test"_s, {.buffer = 16384, .unseen = 200'000});
     session.dataTask(server.url(), results.handler());
     expectError(results.wait(1).front(), tooMuch);
     EXPECT_TRUE(waitUntil([&] { return target.isRid(); }));

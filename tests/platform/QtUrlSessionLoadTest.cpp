@@ -1,5 +1,7 @@
+#include "platform/linux/UrlTransfer.h"
 #include "tests/platform/UrlSessionTesting.h"
 
+#include <QNetworkAccessManager>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -53,6 +55,57 @@ TEST(QtUrlSession, TakesThirtyTwoMebibytesAndNoMore)
     expectAnswer(get(fits.url()), 200, QByteArray::fromStdString(largest));
     LoopbackHttpServer tooLarge(answering("200 OK", largest + 'x'));
     expectError(get(tooLarge.url()), u"The answer is larger than 33554432 bytes."_s);
+}
+
+TEST(QtUrlSession, TakesABodyOfAnySizeWithASmallBuffer)
+{
+    QByteArray body;
+    for (int i = 0; i < 100'000; ++i)
+        body += QByteArray::number(i * 7919 % 100'003);
+    const auto chunked = [](const std::string& bytes, const std::string& headers) {
+        return [=](Connection& connection, const std::string&) {
+            connection.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n" + headers + "\r\n");
+            for (std::size_t sent = 0; sent < bytes.size(); sent += 0x1000) {
+                const std::string piece = bytes.substr(sent, 0x1000);
+                connection.send(QByteArray::number(piece.size(), 16).toStdString() + "\r\n" + piece + "\r\n");
+            }
+            connection.send("0\r\n\r\n");
+        };
+    };
+    const std::string plain = body.toStdString();
+    const std::string packed = gzip(body);
+    const std::string encoding = "Content-Encoding: gzip\r\n";
+    for (const LoopbackHttpServer::Handler& handler :
+         {answering("200 OK", plain), answering("200 OK", packed, encoding),
+          LoopbackHttpServer::Handler(chunked(plain, {})),
+          LoopbackHttpServer::Handler(chunked(packed, encoding))}) {
+        LoopbackHttpServer server(handler);
+        expectAnswer(get(server.url(), patient(), {.buffer = 1000}), 200, body);
+    }
+}
+
+TEST(QtUrlSession, CopesWithTheBodiesOfRedirectionsAndRefusals)
+{
+    LoopbackHttpServer server([&](Connection& connection, const std::string& head) {
+        if (head.starts_with("GET /refused "))
+            connection.answer("401 Unauthorized", std::string(60'000, 'x'));
+        else if (head.starts_with("GET /old "))
+            connection.answer("302 Found", std::string(400'000, 'x'), "Location: /new\r\n");
+        else
+            connection.answer("200 OK", "found");
+    });
+    expectAnswer(get(server.url(u"/refused"_s)), 401, QByteArray(60'000, 'x'));
+    expectAnswer(get(server.url(u"/old"_s)), 200, "found");
+}
+
+TEST(UrlTransfer, BoundsWhatTheClientKeepsForIt)
+{
+    LoopbackHttpServer server(answering("200 OK", "body"));
+    UrlCallbackQueue callbacks;
+    QNetworkAccessManager manager;
+    QNetworkReply* const reply = manager.get(QNetworkRequest(QUrl(server.url())));
+    (new UrlTransfer(*reply, patient(), {.buffer = 5000}, {}, callbacks, {}, {}))->start();
+    EXPECT_EQ(reply->readBufferSize(), 5000);
 }
 
 TEST(QtUrlSession, HandlesAnswersInTheOrderTheTransfersEnd)
