@@ -33,7 +33,7 @@ namespace spotwell
 namespace
 {
 
-constexpr std::chrono::milliseconds longestEnd{800};
+constexpr std::chrono::milliseconds longestEnd{500};
 
 } // namespace
 
