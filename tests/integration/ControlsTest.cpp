@@ -1,0 +1,226 @@
+#include "tests/integration/UserTest.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+
+namespace spotwell
+{
+namespace
+{
+
+/// How a user reaches a control.
+enum class Way { mouse, mnemonic, tab };
+
+void PrintTo(Way way, std::ostream* out)
+{
+    constexpr std::array names{"mouse", "mnemonic", "tab"};
+    *out << names.at(static_cast<std::size_t>(way));
+}
+
+struct Control {
+    const char* name;
+    const char* letter;
+};
+
+/// In the order of the tab key, from the first field on.
+constexpr std::array<Control, 14> controls{{{"dxcluster", "u"},
+                                            {"port", "o"},
+                                            {"callsign", "s"},
+                                            {"password", "w"},
+                                            {"connected", "n"},
+                                            {"reconnectCheckBox", "r"},
+                                            {"potaCheckBox", "p"},
+                                            {"skimmersCheckBox", "k"},
+                                            {"dxsummitCheckBox", "m"},
+                                            {"dxsExclusiveCheckBox", "x"},
+                                            {"wsprnetCheckBox", "t"},
+                                            {"darkCheckBox", "d"},
+                                            {"lgwtRunningButton", "g"},
+                                            {"showDebugLogButton", "b"}}};
+
+class ControlsTest : public UserTest, public testing::WithParamInterface<Way>
+{
+protected:
+    /// Presses a button or switches a box.
+    void use(const char* name)
+    {
+        const QString control = QLatin1String(name);
+        switch (GetParam()) {
+        case Way::mouse:
+            click(control);
+            break;
+        case Way::mnemonic:
+            user.press(mnemonicOf(control));
+            break;
+        case Way::tab:
+            user.press(tabsTo(control) + QStringList(QStringLiteral("space")));
+            break;
+        }
+    }
+    /// Replaces the text of a field.
+    void fill(const char* name, const QString& text)
+    {
+        const QString field = QLatin1String(name);
+        if (GetParam() == Way::mouse)
+            user.click(placeOf(field).center());
+        else if (GetParam() == Way::mnemonic)
+            user.press(mnemonicOf(field));
+        else
+            user.press(tabsTo(field));
+        user.press(QStringLiteral("ctrl+a"));
+        user.type(text);
+    }
+    /// A click on a control that is disabled; the keyboard has nothing like it but the letter.
+    void tryToUse(const char* name)
+    {
+        if (GetParam() != Way::tab)
+            use(name);
+    }
+    /// Uses a box whose action saves, and sees that all is saved then.
+    void useAndSee(const char* box, const char* key, bool on)
+    {
+        isOn_[QLatin1String(box)] = on;
+        expected_[QLatin1String(key)] = on ? QStringLiteral("true") : QStringLiteral("false");
+        use(box);
+        EXPECT_TRUE(waitUntil([&] { return home.settings() == expected_; })) << box;
+        EXPECT_EQ(home.settings(), expected_) << box;
+    }
+    /// Has the log shown. Whatever was done before is over then.
+    void seeLogShown(BusPeer& fileManager)
+    {
+        use("showDebugLogButton");
+        ASSERT_EQ(home.logFiles().size(), 1);
+        const QString file = QStringLiteral("file://") +
+                             home.logFiles().first().replace(QLatin1Char(' '), QStringLiteral("%20"));
+        const QStringList call{QStringLiteral("call"),
+                               QStringLiteral("org.freedesktop.FileManager1"),
+                               QStringLiteral("ShowItems"),
+                               QStringLiteral("ass"),
+                               file,
+                               QString()};
+        EXPECT_EQ(next(fileManager, QStringLiteral("call")), call);
+    }
+
+    SettingsTexts expected_;
+
+private:
+    static const Control& find(const QString& name)
+    {
+        return *std::find_if(controls.begin(), controls.end(),
+                             [&](const Control& control) { return name == QLatin1String(control.name); });
+    }
+    static QString mnemonicOf(const QString& name)
+    {
+        return QStringLiteral("alt+") + QLatin1String(find(name).letter);
+    }
+    /// The keys that lead from anywhere to a control: to the first field, and on over all that is enabled.
+    [[nodiscard]] QStringList tabsTo(const QString& name) const
+    {
+        QStringList keys{mnemonicOf(QStringLiteral("dxcluster"))};
+        for (const Control& control : controls) {
+            const QString passed = QLatin1String(control.name);
+            if (passed == name)
+                break;
+            const bool isDisabled =
+                (passed == QStringLiteral("skimmersCheckBox") && !isOn_[QStringLiteral("potaCheckBox")]) ||
+                (passed == QStringLiteral("dxsExclusiveCheckBox") &&
+                 !isOn_[QStringLiteral("dxsummitCheckBox")]);
+            if (!isDisabled)
+                keys.append(QStringLiteral("Tab"));
+        }
+        return keys;
+    }
+
+    QHash<QString, bool> isOn_;
+};
+
+TEST_P(ControlsTest, eachDoesItsWorkAndSixOfTheBoxesSave)
+{
+    BusPeer fileManager(bus);
+    fileManager.command({QStringLiteral("own"), QStringLiteral("org.freedesktop.FileManager1")});
+    open();
+    keepPicture(QStringLiteral("first-run"));
+
+    fill("dxcluster", QStringLiteral("127.0.0.1"));
+    fill("port", QString::number(node.port()));
+    fill("callsign", QStringLiteral("N0CALL"));
+    fill("password", QStringLiteral("secret"));
+    use("connected");
+    EXPECT_TRUE(logs(QStringLiteral("connectedPressed:[1]")));
+    ASSERT_TRUE(node.accept());
+    use("reconnectCheckBox");
+    tryToUse("skimmersCheckBox");
+    tryToUse("dxsExclusiveCheckBox");
+    keepPicture(QStringLiteral("connected"));
+    use("connected");
+    EXPECT_TRUE(logs(QStringLiteral("connectedPressed:[0]")));
+    EXPECT_TRUE(hears("quit\n"));
+    EXPECT_TRUE(waitUntil([this] { return node.hasEnded(); }));
+    seeLogShown(fileManager);
+    EXPECT_FALSE(QFile::exists(home.settingsFile())) << "saved too early";
+
+    expected_ = settingsFor(node.port());
+    for (const char* key : {"wsprnet", "dxsummit", "pota", "skimmers", "dxsexclusive", "dark"})
+        expected_.insert(QString::fromLatin1(key), QStringLiteral("false"));
+    useAndSee("potaCheckBox", "pota", true);
+    useAndSee("skimmersCheckBox", "skimmers", true);
+    useAndSee("dxsummitCheckBox", "dxsummit", true);
+    useAndSee("dxsExclusiveCheckBox", "dxsexclusive", true);
+    useAndSee("wsprnetCheckBox", "wsprnet", true);
+    useAndSee("darkCheckBox", "dark", true);
+    keepPicture(QStringLiteral("all-on"));
+
+    // The options of a feed that is off stay as they are, out of reach.
+    useAndSee("potaCheckBox", "pota", false);
+    tryToUse("skimmersCheckBox");
+    useAndSee("dxsummitCheckBox", "dxsummit", false);
+    tryToUse("dxsExclusiveCheckBox");
+    fill("dxcluster", QStringLiteral("localhost"));
+    use("reconnectCheckBox");
+    seeLogShown(fileManager);
+    EXPECT_EQ(home.settings(), expected_);
+    keepPicture(QStringLiteral("options-off"));
+
+    expected_[QStringLiteral("dxcluster")] = QStringLiteral("localhost");
+    expected_[QStringLiteral("reconnect")] = QStringLiteral("false");
+    useAndSee("wsprnetCheckBox", "wsprnet", false);
+    useAndSee("potaCheckBox", "pota", true);
+    useAndSee("skimmersCheckBox", "skimmers", false);
+    useAndSee("dxsummitCheckBox", "dxsummit", true);
+    useAndSee("dxsExclusiveCheckBox", "dxsexclusive", false);
+    useAndSee("darkCheckBox", "dark", false);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, ControlsTest, testing::Values(Way::mouse, Way::mnemonic, Way::tab),
+                         testing::PrintToStringParamName());
+
+using DarkTest = UserTest;
+
+TEST_F(DarkTest, linesOnTheScreenFollowTheSwitchAndBack)
+{
+    openConnected();
+    for (int number = 1; number <= 10; ++number)
+        say(spotLine(number) + "\r\n");
+    constexpr int lines = 11;
+    ASSERT_TRUE(shows(lines));
+    const ConsolePicture light = console();
+    keepPicture(QStringLiteral("lines-light"));
+    EXPECT_GT(luminance(light.background), 0.8);
+    EXPECT_GT(light.readablePixels, 1000);
+
+    click(QStringLiteral("darkCheckBox"));
+    EXPECT_TRUE(waitUntil([&] { return luminance(console().background) < 0.05; }));
+    EXPECT_TRUE(waitUntil([&] { return console().readablePixels > light.readablePixels / 2; }))
+        << console().readablePixels << " of " << light.readablePixels;
+    EXPECT_TRUE(shows(lines));
+    keepPicture(QStringLiteral("lines-dark"));
+
+    click(QStringLiteral("darkCheckBox"));
+    EXPECT_TRUE(waitUntil([&] { return console().text == light.text; }));
+    keepPicture(QStringLiteral("lines-light-again"));
+}
+
+} // namespace
+} // namespace spotwell
