@@ -45,6 +45,12 @@ std::uint64_t inode(int descriptor)
 
 } // namespace
 
+ServerConnections::~ServerConnections()
+{
+    for (const auto& [lookUp, port] : lookUps_)
+        QHostInfo::abortHostLookup(lookUp);
+}
+
 void ServerConnections::add(const QUrl& url)
 {
     const auto port = static_cast<quint16>(url.port(url.scheme() == QLatin1String("https") ? 443 : 80));
@@ -54,10 +60,17 @@ void ServerConnections::add(const QUrl& url)
         return;
     }
     // The client asks for the same name; one of both look-ups gets the other's answer.
-    QHostInfo::lookupHost(url.host(), &context_, [this, port](const QHostInfo& info) {
-        for (const QHostAddress& found : info.addresses())
-            remember({found, port});
-    });
+    lookUps_[QHostInfo::lookupHost(url.host(), this, SLOT(rememberAddresses(QHostInfo)))] = port;
+}
+
+void ServerConnections::rememberAddresses(const QHostInfo& info)
+{
+    const auto lookUp = lookUps_.find(info.lookupId());
+    if (lookUp == lookUps_.end())
+        return;
+    for (const QHostAddress& address : info.addresses())
+        remember({address, lookUp->second});
+    lookUps_.erase(lookUp);
 }
 
 void ServerConnections::remember(const Server& server)

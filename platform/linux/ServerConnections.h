@@ -9,6 +9,7 @@
 #include <map>
 #include <utility>
 
+class QHostInfo;
 class QUrl;
 
 namespace spotwell
@@ -19,10 +20,13 @@ namespace spotwell
 /// Qt's HTTP client does not show its connections. What it has read from them, and how to take them away from
 /// a thread of its own that cannot stop reading, only the kernel knows. Connections by way of a proxy are not
 /// seen. For a thread with an event loop.
-class ServerConnections
+class ServerConnections final : public QObject
 {
+    Q_OBJECT
+
 public:
     ServerConnections() = default;
+    ~ServerConnections() override;
     ServerConnections(const ServerConnections&) = delete;
     ServerConnections& operator=(const ServerConnections&) = delete;
 
@@ -36,6 +40,8 @@ public:
 private:
     using Server = std::pair<QHostAddress, quint16>;
 
+    // By its name, since a look-up that calls a function instead would leak it when this object goes first.
+    Q_SLOT void rememberAddresses(const QHostInfo& info);
     void remember(const Server& server);
     /// Calls `visit` with a descriptor of each connection, which is not the user's own.
     void forEach(const std::function<void(int descriptor)>& visit) const;
@@ -44,8 +50,8 @@ private:
     std::deque<Server> servers_;
     /// Bytes read so far, by the connection's inode.
     std::map<std::uint64_t, std::uint64_t> read_;
-    /// Ends the look-ups with this object.
-    QObject context_;
+    /// The ports of the names that are being looked up, by the look-up's number.
+    std::map<int, quint16> lookUps_;
 };
 
 } // namespace spotwell
