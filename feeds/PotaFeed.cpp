@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace spotwell
 {
@@ -93,7 +94,7 @@ std::vector<PotaFeed::Candidate> PotaFeed::oldestFirst(const QJsonArray& spots, 
         candidates.push_back({timeOf(entry, "spotTime"_L1).value_or(TimePoint::max()), i});
     }
     strays.end();
-    std::ranges::sort(candidates);
+    std::ranges::sort(candidates, {}, [](const Candidate& each) { return std::pair{each.time, each.index}; });
     return candidates;
 }
 

@@ -36,8 +36,6 @@ private:
         /// The last of all times when there is none that can be read.
         TimePoint time;
         qsizetype index;
-
-        auto operator<=>(const Candidate&) const = default;
     };
 
     /// What of `spots` was not forwarded before and is wanted, the oldest first.

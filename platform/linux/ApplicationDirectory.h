@@ -35,6 +35,7 @@ public:
     };
 
     ApplicationDirectory(SessionBus& bus, Log& log, Patience patience);
+    ~ApplicationDirectory() = default;
     ApplicationDirectory(const ApplicationDirectory&) = delete;
     ApplicationDirectory& operator=(const ApplicationDirectory&) = delete;
 

@@ -80,8 +80,10 @@ bool QtUrlSession::takeTasks(Hosts& hosts)
             return false;
         tasks.swap(tasks_);
     }
-    for (UrlTask& task : tasks)
-        hostOf(task, hosts).add(std::move(task));
+    for (UrlTask& task : tasks) {
+        UrlHost& host = hostOf(task, hosts);
+        host.add(std::move(task));
+    }
     return true;
 }
 

@@ -103,7 +103,7 @@ void ServerConnections::reset() const
     // Unlike shutdown() it also drops what has come and was not read yet, which the client would still read.
     forEach([](int descriptor) {
         const sockaddr nowhere{AF_UNSPEC, {}};
-        ::connect(descriptor, &nowhere, sizeof nowhere);
+        (void)::connect(descriptor, &nowhere, sizeof nowhere);
     });
 }
 

@@ -14,10 +14,12 @@ namespace spotwell
 /// What a URL session holds and does at most, whatever the servers send and however long the handlers take.
 /// All but the first and the last hold for each host by itself.
 struct UrlSessionLimits {
+    static constexpr qint64 mebibyte = 1 << 20;
+
     /// Bytes of one body, decoded.
-    qsizetype body = 32 * 1024 * 1024;
+    qsizetype body = 32 * mebibyte;
     /// Bytes held from which on no transfer is started: bodies that arrive, that wait and that are handled.
-    qsizetype start = 16 * 1024 * 1024;
+    qsizetype start = 16 * mebibyte;
     /// Bytes held beyond which a running transfer ends with an error.
     qsizetype held = start + body;
     /// Bytes held for an answer or error besides its body, from the start of its transfer on.
@@ -27,9 +29,9 @@ struct UrlSessionLimits {
     std::size_t running = 6;
     /// Bytes of one body that Qt's client keeps until they are taken; then it slows the server down. What is
     /// not taken as it comes, the body of a redirection or refusal, should be smaller.
-    qint64 buffer = 512 * 1024;
+    qint64 buffer = mebibyte / 2;
     /// Bytes that Qt's client may have read and not handed over; more than `running` buffers.
-    qint64 unseen = 4 * 1024 * 1024;
+    qint64 unseen = 4 * mebibyte;
     /// Hosts with a line, an account and a client of their own; all others share one more.
     std::size_t hosts = 8;
 };
@@ -63,6 +65,8 @@ class UrlBooking
 public:
     UrlBooking() = default;
     explicit UrlBooking(std::shared_ptr<UrlAccount> account);
+    UrlBooking(const UrlBooking&) = delete;
+    UrlBooking& operator=(const UrlBooking&) = delete;
     UrlBooking(UrlBooking&& other) noexcept;
     UrlBooking& operator=(UrlBooking&& other) noexcept;
     ~UrlBooking();

@@ -17,6 +17,8 @@ public:
     /// Takes over the connected, non-blocking socket `descriptor`.
     explicit PlainSocket(int descriptor) : descriptor_(descriptor) {}
     ~PlainSocket() override;
+    PlainSocket(const PlainSocket&) = delete;
+    PlainSocket& operator=(const PlainSocket&) = delete;
 
     void start(std::function<void()> activity) override;
 

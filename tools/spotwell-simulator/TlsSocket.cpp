@@ -18,7 +18,7 @@ constexpr qint64 mostUnreadPlainBytes = 1 << 16;
 QSslKey readKey(const QByteArray& pem)
 {
     for (const QSsl::KeyAlgorithm algorithm : {QSsl::Ec, QSsl::Rsa}) {
-        const QSslKey key{pem, algorithm};
+        QSslKey key{pem, algorithm};
         if (!key.isNull())
             return key;
     }
@@ -107,7 +107,7 @@ qsizetype TlsSocket::queued() const
 
 QByteArray TlsSocket::takeReceived()
 {
-    const QByteArray bytes = isOpen_ && socket_.isOpen() ? socket_.readAll() : QByteArray{};
+    QByteArray bytes = isOpen_ && socket_.isOpen() ? socket_.readAll() : QByteArray{};
     if (!bytes.isEmpty())
         lastRead_ = Moment::clock::now();
     return bytes;

@@ -22,6 +22,8 @@ public:
     /// Takes over the connected socket `descriptor`.
     TlsSocket(int descriptor, const QSslConfiguration& identity);
     ~TlsSocket() override;
+    TlsSocket(const TlsSocket&) = delete;
+    TlsSocket& operator=(const TlsSocket&) = delete;
 
     void start(std::function<void()> activity) override;
 

@@ -196,8 +196,9 @@ QString addToAnswer(WebAnswer& answer, const std::vector<Word>& words, int line,
 QString faultOf(const WebAnswer& answer)
 {
     // RFC 9110, 15.3.5 and 15.4.5.
-    if ((answer.status == 204 || answer.status == 304) && answer.hasBody())
-        return QStringLiteral("an answer with the status %1 has no body").arg(*answer.status);
+    const int status = answer.status.value_or(200);
+    if ((status == 204 || status == 304) && answer.hasBody())
+        return QStringLiteral("an answer with the status %1 has no body").arg(status);
     if (answer.gzip && pausesInside(answer))
         return QStringLiteral("nothing can be waited for inside of a gzipped body");
     qint64 filler = 0;

@@ -199,7 +199,7 @@ QByteArray badRequestReply()
 
 QByteArray fillerBytes(qint64 left, std::optional<int> chunk, qint64* taken)
 {
-    constexpr qint64 most = 64 * 80;
+    constexpr qint64 most = qint64{64} * 80;
     *taken = std::min({left, most, qint64{chunk.value_or(most)}});
     QByteArray bytes;
     for (int line = 1; bytes.size() < *taken; ++line)

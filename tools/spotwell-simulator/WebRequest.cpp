@@ -1,5 +1,7 @@
 #include "tools/spotwell-simulator/WebRequest.h"
 
+#include <QList>
+
 #include <algorithm>
 
 namespace spotwell::simulator
