@@ -89,14 +89,22 @@ struct QuitQuestionTest : testing::Test {
     int asked = 0;
 };
 
+void clickOn(QMessageBox& question, const QString& text)
+{
+    if (QPushButton* const button = buttonOf(question, text))
+        button->click();
+    else
+        question.reject();
+}
+
 void clickQuit(QMessageBox& question)
 {
-    buttonOf(question, QStringLiteral("Quit"))->click();
+    clickOn(question, QStringLiteral("Quit"));
 }
 
 void clickContinue(QMessageBox& question)
 {
-    buttonOf(question, QStringLiteral("Continue"))->click();
+    clickOn(question, QStringLiteral("Continue"));
 }
 
 } // namespace
