@@ -185,6 +185,16 @@ TEST_F(QuitQuestionTest, ContinueBringsTheWindowBack)
     EXPECT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));
 }
 
+TEST_F(QuitQuestionTest, ContinueBringsAMinimisedWindowBack)
+{
+    launchAndShow();
+    window.showMinimized();
+    ASSERT_TRUE(window.isMinimized());
+    EXPECT_FALSE(close(clickContinue));
+    EXPECT_FALSE(window.isMinimized());
+    EXPECT_TRUE(window.isVisible());
+}
+
 TEST_F(QuitQuestionTest, IsAskedAgainButOnlyOnceAtATime)
 {
     launchAndShow();
