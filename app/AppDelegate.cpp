@@ -16,8 +16,6 @@ namespace spotwell
 namespace
 {
 
-using Stamp = WebPollerValues::Stamp;
-
 constexpr Seconds statusInterval{5.0};
 constexpr Seconds tickInterval{1.0};
 
@@ -56,18 +54,18 @@ AppDelegate::AppDelegate(Platform platform, MainWindow& mainWindow, QString logD
       potaFeed_(*this, platform_.log),
       wsprnetFeed_(*this, platform_.clock, platform_.log),
       wsprnetPoller_(
-          {QStringLiteral("wsprnetTimer"), addresses.wsprnet, Seconds{120.0}, Stamp::whenIssued},
+          wsprnetPollerValues(addresses.wsprnet),
           pollerHost(window.wsprnetCheckBox, nullptr, wsprnet_background_queue,
                      [this](const QByteArray& body, bool) { wsprnetFeed_.parseWsprnetData(body); }),
           _lastWsprnetTime, platform_.clock, platform_.log),
-      dxsummitPoller_(
-          {QStringLiteral("dxsummitTimer"), addresses.dxsummit, Seconds{30.0}, Stamp::whenHandled},
-          pollerHost(window.dxsummitCheckBox, window.dxsExclusiveCheckBox, dxsummit_background_queue,
-                     [this](const QByteArray& body, bool dxsExclusive) {
-                         dxsummitFeed_.parseDxSummitData(body, dxsExclusive);
-                     }),
-          _lastDxsummitTime, platform_.clock, platform_.log),
-      potaPoller_({QStringLiteral("potaTimer"), addresses.pota, Seconds{30.0}, Stamp::whenHandled},
+      dxsummitPoller_(dxsummitPollerValues(addresses.dxsummit),
+                      pollerHost(window.dxsummitCheckBox, window.dxsExclusiveCheckBox,
+                                 dxsummit_background_queue,
+                                 [this](const QByteArray& body, bool dxsExclusive) {
+                                     dxsummitFeed_.parseDxSummitData(body, dxsExclusive);
+                                 }),
+                      _lastDxsummitTime, platform_.clock, platform_.log),
+      potaPoller_(potaPollerValues(addresses.pota),
                   pollerHost(window.potaCheckBox, window.skimmersCheckBox, pota_background_queue,
                              [this](const QByteArray& body, bool showSkimmers) {
                                  potaFeed_.parsePotaData(body, showSkimmers);

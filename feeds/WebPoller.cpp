@@ -5,6 +5,21 @@
 namespace spotwell
 {
 
+WebPollerValues potaPollerValues(const QString& address)
+{
+    return {QStringLiteral("potaTimer"), address, Seconds{30.0}, WebPollerValues::Stamp::whenHandled};
+}
+
+WebPollerValues dxsummitPollerValues(const QString& address)
+{
+    return {QStringLiteral("dxsummitTimer"), address, Seconds{30.0}, WebPollerValues::Stamp::whenHandled};
+}
+
+WebPollerValues wsprnetPollerValues(const QString& address)
+{
+    return {QStringLiteral("wsprnetTimer"), address, Seconds{120.0}, WebPollerValues::Stamp::whenIssued};
+}
+
 WebPoller::WebPoller(WebPollerValues values, WebPollerHost host, std::atomic<TimePoint>& stamp,
                      const Clock& clock, Log& log)
     : values_(std::move(values)), host_(std::move(host)), stamp_(stamp), clock_(clock), log_(log)

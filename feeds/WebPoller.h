@@ -31,6 +31,11 @@ struct WebPollerValues {
     Stamp stamp;
 };
 
+/// The values of the three feeds' pollers, which fetch `address`.
+[[nodiscard]] WebPollerValues potaPollerValues(const QString& address);
+[[nodiscard]] WebPollerValues dxsummitPollerValues(const QString& address);
+[[nodiscard]] WebPollerValues wsprnetPollerValues(const QString& address);
+
 /// What a poller needs of the program around it.
 struct WebPollerHost {
     /// Whether the feed is switched on. Main thread.
