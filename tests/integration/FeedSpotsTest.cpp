@@ -63,7 +63,7 @@ TEST_F(FeedsTest, postsWhatTheServicesTell)
 {
     services.answer(potaAddress, answering("200 OK", R"([
         {"spotId":42,"spotter":"K2AAA","activator":"W1AW/P","reference":"US-0001","frequency":"14062.5",
-         "mode":"CW","name":"A Park","comments":"cq \u00e4","grid6":"FN31pr","latitude":41.7147,
+         "mode":"CW","name":"A Park","comments":"cq \u00e4 \ud800\u0000.","grid6":"FN31pr","latitude":41.7147,
          "longitude":-72.7272,"spotTime":"2024-03-01T23:59:30","source":"Web"},
         {"spotId":43,"spotter":"K2AAA-#","activator":"W1AW","reference":null,"frequency":7032,"mode":"CW",
          "comments":"RBN 12 dB","grid6":null,"latitude":null,"longitude":null,
@@ -82,7 +82,7 @@ TEST_F(FeedsTest, postsWhatTheServicesTell)
         {u"POTA"_s,
          {u"combinedCallsign=QString:W1AW/P"_s, u"mode=QString:CW"_s,
           u"timestamp=qlonglong:1709337570000000"_s, u"megahertz=double:14.0625"_s,
-          u"comments=QString:cq \u00e4"_s, u"source=QString:POTA"_s, u"grid=QString:FN31pr"_s,
+          u"comments=QString:cq \u00e4 \ufffd\ufffd."_s, u"source=QString:POTA"_s, u"grid=QString:FN31pr"_s,
           u"latitude=double:41.7147"_s, u"longitude=double:-72.7272"_s, u"dxde_call=QString:K2AAA"_s,
           u"pota_ref=QString:US-0001"_s}},
         {u"POTA"_s,
