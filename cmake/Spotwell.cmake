@@ -45,6 +45,11 @@ function(spotwell_test name)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE spotwell_options ${ARG_LINK} GTest::gtest Threads::Threads)
+  if(SPOTWELL_SANITIZE MATCHES "address")
+    set(suppressions ${PROJECT_SOURCE_DIR}/tests/LeakSuppressions.cpp)
+    target_sources(${name} PRIVATE ${suppressions})
+    set_source_files_properties(${suppressions} TARGET_DIRECTORY ${name} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+  endif()
   # One variable is all that the discovered tests' environment can hold.
   gtest_discover_tests(${name}
     TEST_PREFIX "${name}."
