@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QtEndian>
 
+#include <cstring>
 #include <limits>
 
 namespace spotwell
@@ -15,11 +16,25 @@ namespace spotwell
 namespace
 {
 
+/// How often `character`, a rare one, occurs.
+qsizetype countOf(char character, QByteArrayView body)
+{
+    qsizetype count = 0;
+    while (const void* const found =
+               std::memchr(body.data(), character, static_cast<std::size_t>(body.size()))) {
+        ++count;
+        body = body.sliced(static_cast<const char*>(found) + 1 - body.data());
+    }
+    return count;
+}
+
 /// Whether `body` can be read within a bounded memory. What looks like structure inside of texts counts, too.
+/// Each container and each value takes two bytes at least, so only a large body needs to be looked at.
 bool isModest(QByteArrayView body)
 {
-    const qsizetype containers = body.count('[') + body.count('{');
-    return containers <= mostContainers && containers + body.count(',') <= mostValues;
+    if (body.size() > 2 * mostContainers && countOf('[', body) + countOf('{', body) > mostContainers)
+        return false;
+    return body.size() <= 2 * mostValues || countOf(',', body) < mostValues;
 }
 
 } // namespace
