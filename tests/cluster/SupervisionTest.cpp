@@ -44,6 +44,13 @@ struct SupervisionTest : ClusterSessionTest {
         log.lines.clear();
         return node;
     }
+    /// Sends more at once than the flood rule lets pass.
+    void flood(FakeConnection& node)
+    {
+        for (int i = 0; i < 6; ++i)
+            node.receive(QByteArray(wholeBuffer, 'x'));
+        treat();
+    }
     [[nodiscard]] int lineFeedsLogged() const { return static_cast<int>(log.lines.count(loggedLineFeed)); }
 
     Supervision supervision{host, session, clock, log};
@@ -269,10 +276,7 @@ TEST_F(SupervisionTest, AConnectionTheWatchdogDroppedComesBack)
 
 TEST_F(SupervisionTest, AFloodSwitchesTheSupervisorOff)
 {
-    FakeConnection& node = loggedIn();
-    for (int i = 0; i < 6; ++i)
-        node.receive(QByteArray(wholeBuffer, 'x'));
-    treat();
+    flood(loggedIn());
     ASSERT_FALSE(session.hasStreams());
     startTicking();
     mainQueue.advance(Seconds{4000});
@@ -281,10 +285,7 @@ TEST_F(SupervisionTest, AFloodSwitchesTheSupervisorOff)
 
 TEST_F(SupervisionTest, AFloodLeavesTheWatchdogAlone)
 {
-    FakeConnection& node = loggedIn();
-    for (int i = 0; i < 6; ++i)
-        node.receive(QByteArray(wholeBuffer, 'x'));
-    treat();
+    flood(loggedIn());
     openCompleted();
     tickAfter(Seconds{31});
     EXPECT_FALSE(host.reconnect);
