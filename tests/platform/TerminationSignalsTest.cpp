@@ -20,4 +20,20 @@ TEST(TerminationSignals, EachBecomesACallOnTheMainThread)
     }
 }
 
+TEST(TerminationSignals, LeaveAloneWhatTheParentHasSwitchedOff)
+{
+    ASSERT_NE(std::signal(SIGHUP, SIG_IGN), SIG_ERR);
+    {
+        int calls = 0;
+        const TerminationSignals signals([&] { ++calls; });
+        // Would end the process if it had its default again.
+        ::raise(SIGHUP);
+        ::raise(SIGTERM);
+        EXPECT_TRUE(waitUntil([&] { return calls == 1; }));
+        EXPECT_EQ(std::signal(SIGHUP, SIG_IGN), SIG_IGN);
+    }
+    ::raise(SIGHUP);
+    EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
+}
+
 } // namespace spotwell
