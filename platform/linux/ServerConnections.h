@@ -31,7 +31,7 @@ public:
     ServerConnections& operator=(const ServerConnections&) = delete;
 
     /// Adds the server of `url`. A name is looked up without waiting; beyond 64 addresses the oldest goes.
-    void add(const QUrl& url);
+    Q_SLOT void add(const QUrl& url);
     /// Bytes that were read from the connections since the last call.
     [[nodiscard]] qint64 countRead();
     /// Ends the connections with a reset; who uses them finds them closed.

@@ -95,8 +95,7 @@ void UrlHost::start(UrlTask task)
     }
     connections_.add(url);
     QNetworkReply* const reply = manager_->get(requestFor(url));
-    QObject::connect(reply, &QNetworkReply::redirected, &watch_,
-                     [this](const QUrl& target) { connections_.add(target); });
+    QObject::connect(reply, SIGNAL(redirected(QUrl)), &connections_, SLOT(add(QUrl)));
     auto* const transfer =
         new UrlTransfer(*reply, rules_.configuration, rules_.limits, std::move(booking), callbacks_,
                         std::move(task.completionHandler), [this](UrlTransfer& ended) { noteEnd(ended); });

@@ -55,10 +55,11 @@ UrlTransfer::UrlTransfer(QNetworkReply& reply, const UrlSessionConfiguration& co
 void UrlTransfer::start()
 {
     reply_.setReadBufferSize(limits_.buffer);
-    connect(&reply_, &QNetworkReply::readyRead, this, [this] { takeBody(); });
-    connect(&reply_, &QNetworkReply::finished, this, [this] { finish(); });
-    connect(&reply_, &QNetworkReply::errorOccurred, this,
-            [this](QNetworkReply::NetworkError error) { noteError(error); });
+    // By their names, since Qt may free a function connected to a reply on the HTTP client's thread.
+    connect(&reply_, SIGNAL(readyRead()), SLOT(takeBody()));
+    connect(&reply_, SIGNAL(finished()), SLOT(finish()));
+    connect(&reply_, SIGNAL(errorOccurred(QNetworkReply::NetworkError)),
+            SLOT(noteError(QNetworkReply::NetworkError)));
     connect(&resourceTimer_, &QTimer::timeout, this, [this] {
         fail(QStringLiteral("The transfer did not end within %1 seconds.")
                  .arg(configuration_.timeoutIntervalForResource.count()));

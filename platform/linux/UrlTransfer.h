@@ -22,6 +22,8 @@ namespace spotwell
 /// thread.
 class UrlTransfer final : public QObject
 {
+    Q_OBJECT
+
 public:
     /// `reply` must have been made with the request time-out of `configuration`. `ended` is called when the
     /// end was handed over.
@@ -42,9 +44,9 @@ public:
     [[nodiscard]] bool hasFailed() const { return !failure_.isNull(); }
 
 private:
-    void takeBody();
-    void finish();
-    void noteError(QNetworkReply::NetworkError error);
+    Q_SLOT void takeBody();
+    Q_SLOT void finish();
+    Q_SLOT void noteError(QNetworkReply::NetworkError error);
     /// Whether less came than the head announced, which Qt does not report beside an error status.
     [[nodiscard]] bool isCutOff() const;
 
