@@ -14,8 +14,8 @@ namespace spotwell
 namespace
 {
 
-// No frames: then a window's place is its frame's, and nothing depends on a theme. The keys stay bound when the
-// first key pressed makes the server announce its keyboard anew: a key that came meanwhile would be lost.
+// No frames: then a window's place is its frame's, and nothing depends on a theme. The keys stay bound when
+// the first key pressed makes the server announce its keyboard anew: a key that came meanwhile would be lost.
 constexpr char windowManagerConfiguration[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <focus><focusNew>yes</focusNew></focus>
