@@ -90,9 +90,16 @@ ThreadSerialQueue::ThreadSerialQueue(QString label) : label_(std::move(label)) {
 
 ThreadSerialQueue::~ThreadSerialQueue()
 {
+    end();
+}
+
+void ThreadSerialQueue::end()
+{
+    std::deque<Task> dropped;
     {
         const std::lock_guard guard(mutex_);
         ending_ = true;
+        dropped.swap(tasks_);
     }
     changed_.notify_all();
     if (thread_.joinable())

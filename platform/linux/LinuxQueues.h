@@ -45,6 +45,8 @@ public:
     void async(Task task) override;
     bool pause(Seconds duration) override;
     [[nodiscard]] QString label() const override { return label_; }
+    /// Drops what waits, ends a pause and waits for the running task; what is added later is dropped, too.
+    void end();
 
 private:
     void beginThread();

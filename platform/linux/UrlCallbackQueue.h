@@ -1,12 +1,8 @@
 #pragma once
 
 #include "platform/UrlSession.h"
+#include "platform/linux/LinuxQueues.h"
 #include "platform/linux/UrlAccount.h"
-
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <thread>
 
 namespace spotwell
 {
@@ -16,11 +12,6 @@ namespace spotwell
 class UrlCallbackQueue
 {
 public:
-    UrlCallbackQueue() = default;
-    ~UrlCallbackQueue();
-    UrlCallbackQueue(const UrlCallbackQueue&) = delete;
-    UrlCallbackQueue& operator=(const UrlCallbackQueue&) = delete;
-
     /// Begins the thread unless it runs. When the system has none to give, what waits goes on waiting and the
     /// next begin() or push() tries again.
     void begin();
@@ -28,25 +19,12 @@ public:
     /// Begins the thread.
     void push(UrlSession::CompletionHandler handler, UrlResult result, UrlBooking booking);
     /// As UrlSession::pause().
-    bool pause(Seconds duration);
+    bool pause(Seconds duration) { return queue_.pause(duration); }
     /// Drops what waits, ends a pause and waits for the running handler; what is pushed later is dropped too.
-    void end();
+    void end() { queue_.end(); }
 
 private:
-    struct Completion {
-        UrlSession::CompletionHandler handler;
-        UrlResult result;
-        UrlBooking booking;
-    };
-
-    void beginThread();
-    void run();
-
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<Completion> waiting_;
-    bool ending_ = false;
-    std::thread thread_;
+    ThreadSerialQueue queue_{QStringLiteral("url-callbacks")};
 };
 
 } // namespace spotwell
