@@ -7,9 +7,14 @@
 namespace spotwell::bridge
 {
 
+/// The largest datagram, in bytes: with its headers it fits one packet of every usual network.
+inline constexpr qsizetype largestDatagram = 1400;
+
 /// A spot as the XML datagram that N1MM Logger+ broadcasts and many programs take ("External UDP Broadcasts",
-/// "Spot Info"). The frequency is in kHz, the timestamp in UTC. At most 1400 bytes, so that it fits one
-/// packet.
+/// "Spot"). The frequency is in kHz, the timestamp in UTC. At most largestDatagram bytes: a comment that does
+/// not fit, the park behind it included, is cut.
+///
+/// The elements that tell of a contest log (StationName, status, statuslist) are left out.
 [[nodiscard]] QByteArray n1mmSpot(const SpotReport& report);
 
 } // namespace spotwell::bridge
