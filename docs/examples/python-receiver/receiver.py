@@ -86,6 +86,6 @@ for kind in KINDS:
     bus.signal_subscribe(None, NOTIFICATIONS_INTERFACE, "Posted", NOTIFICATIONS_PATH, kind,
                          Gio.DBusSignalFlags.NONE, posted)
 # The name comes last: whoever sees it finds everything in place.
-Gio.bus_own_name_on_connection(bus, BUS_NAME, Gio.BusNameOwnerFlags.DO_NOT_QUEUE,
+Gio.bus_own_name_on_connection(bus, BUS_NAME, Gio.BusNameOwnerFlags.NONE,
                                lambda _bus, name: show("ready", {"name": name}), name_refused)
 GLib.MainLoop().run()
