@@ -53,7 +53,8 @@ void checkReport(const SpotReport& report)
 /// `text` of the line and `whole` of the report it was formed of.
 void checkColumn(QStringView text, QStringView whole)
 {
-    check(whole.startsWith(text) && (text == whole || !text.isEmpty()), "columns begin like what is in them");
+    check(whole.first(std::min(text.size(), whole.size())) == text, "columns begin like what is in them");
+    check(text.isEmpty() == whole.isEmpty(), "columns are not empty for no reason");
 }
 
 void checkSpotLine(const SpotReport& report)
@@ -66,7 +67,8 @@ void checkSpotLine(const SpotReport& report)
     check(clusterLine(line) == line, "a line passes");
 
     const auto found = reportOfLine(line, report.time);
-    check(found.has_value() || report.kilohertz < 0.1, "a line is read again");
+    const bool looksLikeATime = report.call.size() == 5 && report.call.endsWith(u'Z');
+    check(found || report.kilohertz < 0.1 || looksLikeATime, "a line is read again");
     if (!found)
         return;
     checkColumn(found->call, report.call);
