@@ -2,11 +2,11 @@
 
 #include "platform/Log.h"
 #include "platform/Time.h"
+#include "tools/spotwell-bridge/telnet/NodeLimits.h"
 
 #include <QHostAddress>
 #include <QString>
 
-#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -19,11 +19,14 @@ class SpotNode
 public:
     /// Both outlive the node.
     SpotNode(const Clock& clock, Log& log);
+    /// With other limits, and a clock of its own for all spans of time.
+    SpotNode(const Clock& clock, Log& log, const NodeLimits& limits, MonotonicClock monotonic);
     ~SpotNode();
     SpotNode(const SpotNode&) = delete;
     SpotNode& operator=(const SpotNode&) = delete;
 
-    /// Begins to listen; port 0 takes any that is free. Null, or the error's description.
+    /// Begins to listen; port 0 takes any that is free. Null, or the error's description. Raises the
+    /// process's limit of open descriptors, which bounds the number of clients.
     [[nodiscard]] QString listen(const QHostAddress& address, std::uint16_t port);
     /// The port it listens on; 0 before listen().
     [[nodiscard]] std::uint16_t port() const;
