@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -34,7 +33,6 @@ void setOption(int descriptor, int level, int option, int value)
 
 void configure(int descriptor, const NodeLimits& limits)
 {
-    (void)fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
     setOption(descriptor, IPPROTO_TCP, TCP_NODELAY, 1);
     setOption(descriptor, SOL_SOCKET, SO_SNDBUF, limits.sendBuffer);
     // A client whose computer has vanished is noticed after some three minutes, not two hours.

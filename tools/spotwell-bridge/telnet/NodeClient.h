@@ -36,7 +36,7 @@ public:
     /// Called with the client when its isOver() or isWatched() may have become true; must not destroy it.
     using Changed = std::function<void(const NodeClient&)>;
 
-    /// Takes over the connected socket `descriptor`.
+    /// Takes over the connected, non-blocking socket `descriptor`.
     NodeClient(int descriptor, const Setting& setting, Changed changed);
     ~NodeClient();
     NodeClient(const NodeClient&) = delete;

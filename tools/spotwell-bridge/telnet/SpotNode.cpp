@@ -1,15 +1,14 @@
 #include "tools/spotwell-bridge/telnet/SpotNode.h"
 
+#include "tools/spotwell-bridge/telnet/Listener.h"
 #include "tools/spotwell-bridge/telnet/NodeClient.h"
 #include "tools/spotwell-bridge/telnet/NodeTexts.h"
 #include "tools/spotwell-bridge/telnet/OpenFiles.h"
 #include "tools/spotwell-bridge/telnet/RecentLines.h"
 #include "tools/spotwell-bridge/telnet/SentLines.h"
 
-#include <QTcpServer>
 #include <QTimer>
 
-#include <algorithm>
 #include <list>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -17,32 +16,6 @@
 
 namespace spotwell::bridge
 {
-namespace
-{
-
-/// Hands out the bare sockets of those who connect.
-class Listener final : public QTcpServer
-{
-public:
-    explicit Listener(std::function<void(int)> arrived) : arrived_(std::move(arrived)) {}
-
-private:
-    void incomingConnection(qintptr descriptor) override { arrived_(static_cast<int>(descriptor)); }
-
-    std::function<void(int)> arrived_;
-};
-
-/// Clients that may wait to be accepted.
-constexpr int acceptQueue = 128;
-
-QString endpointText(const QHostAddress& address, std::uint16_t port)
-{
-    const bool isVersion6 = address.protocol() == QAbstractSocket::IPv6Protocol;
-    return (isVersion6 ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
-        .arg(address.toString(), QString::number(port));
-}
-
-} // namespace
 
 class SpotNode::Implementation
 {
@@ -53,26 +26,23 @@ public:
           monotonic_(std::move(monotonic)),
           lines_(limits),
           setting_{lines_, clock, monotonic_, limits_, log},
-          listener_([this](int descriptor) { arrived(descriptor); })
+          listener_(
+              limits.acceptPause, [this](int descriptor) { arrived(descriptor); },
+              [this](const QString& reason) { acceptFailed(reason); })
     {
         look_.setInterval(limits_.look);
-        acceptAgain_.setInterval(limits_.acceptPause);
-        acceptAgain_.setSingleShot(true);
-        QObject::connect(&look_, &QTimer::timeout, &listener_, [this] { look(); });
-        QObject::connect(&acceptAgain_, &QTimer::timeout, &listener_,
-                         [this] { listener_.resumeAccepting(); });
-        QObject::connect(&listener_, &QTcpServer::acceptError, &listener_, [this] { acceptFailed(); });
+        QObject::connect(&look_, &QTimer::timeout, &look_, [this] { look(); });
     }
 
     QString listen(const QHostAddress& address, std::uint16_t port);
-    [[nodiscard]] std::uint16_t port() const { return listener_.serverPort(); }
+    [[nodiscard]] std::uint16_t port() const { return listener_.port(); }
     void send(const QString& line);
     void stop();
 
 private:
     void arrived(int descriptor);
     void turnAway(int descriptor);
-    void acceptFailed();
+    void acceptFailed(const QString& reason);
     void clientChanged(const NodeClient& client);
     /// Takes the step at the end of this turn of the event loop, once however often it is asked for.
     void atEndOfTurn(bool& due, void (Implementation::*step)());
@@ -93,12 +63,10 @@ private:
     // depends-on: setting_
     std::list<NodeClient> clients_;
     bool full_ = false;
-    bool acceptFails_ = false;
     bool flushDue_ = false;
     bool clearDue_ = false;
     /// Runs while there is a time to be watched.
     QTimer look_;
-    QTimer acceptAgain_;
     // depends-on: everything above
     Listener listener_;
 };
@@ -106,10 +74,7 @@ private:
 QString SpotNode::Implementation::listen(const QHostAddress& address, std::uint16_t port)
 {
     mostClients_ = clientsWithin(limits_.clients, raiseOpenFileLimit());
-    listener_.setListenBacklogSize(acceptQueue);
-    if (listener_.listen(address, port))
-        return {};
-    return QStringLiteral("%1: %2").arg(endpointText(address, port), listener_.errorString());
+    return listener_.listen(address, port);
 }
 
 void SpotNode::Implementation::send(const QString& line)
@@ -131,7 +96,6 @@ void SpotNode::Implementation::stop()
 
 void SpotNode::Implementation::arrived(int descriptor)
 {
-    acceptFails_ = false;
     if (clients_.size() >= mostClients_) {
         turnAway(descriptor);
         return;
@@ -152,12 +116,9 @@ void SpotNode::Implementation::turnAway(int descriptor)
     ::close(descriptor);
 }
 
-void SpotNode::Implementation::acceptFailed()
+void SpotNode::Implementation::acceptFailed(const QString& reason)
 {
-    if (!std::exchange(acceptFails_, true))
-        log_.line(QStringLiteral("telnet: no further client can be accepted for now: %1")
-                      .arg(listener_.errorString()));
-    acceptAgain_.start();
+    log_.line(QStringLiteral("telnet: no further client can be accepted for now: %1").arg(reason));
 }
 
 void SpotNode::Implementation::clientChanged(const NodeClient& client)
@@ -173,7 +134,7 @@ void SpotNode::Implementation::atEndOfTurn(bool& due, void (Implementation::*ste
     if (std::exchange(due, true))
         return;
     QMetaObject::invokeMethod(
-        &listener_,
+        &look_,
         [this, &due, step] {
             due = false;
             (this->*step)();
