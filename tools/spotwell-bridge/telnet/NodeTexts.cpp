@@ -41,7 +41,8 @@ QByteArray notACallsign()
 QByteArray greeting(const QByteArray& callsign)
 {
     return "\r\nHello " + callsign +
-           ", this is spotwell-bridge " SPOTWELL_VERSION ". Every spot that spotwell finds is shown here.\r\n"
+           ", this is spotwell-bridge " SPOTWELL_VERSION ".\r\n"
+           "Every spot that spotwell finds is shown here.\r\n"
            "Commands are SH/DX [number of spots] and BYE.\r\n";
 }
 
@@ -62,8 +63,7 @@ QByteArray prompt(const QByteArray& callsign, TimePoint now)
 
 QByteArray unknownCommand(const QByteArray& word)
 {
-    return "Sorry, \"" + toldBack(word) +
-           "\" is no command here. Commands are SH/DX [number of spots] and BYE.\r\n";
+    return "Sorry, \"" + toldBack(word) + "\" is no command here, only SH/DX and BYE are.\r\n";
 }
 
 QByteArray badSpotCount()

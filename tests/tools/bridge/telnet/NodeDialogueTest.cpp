@@ -45,7 +45,7 @@ TEST_F(DialogueTest, asksForTheCallsignAndGreets)
     EXPECT_EQ(NodeDialogue::opening(), "login: ");
     EXPECT_FALSE(dialogue_.isLoggedIn());
     EXPECT_EQ(to("n0call"), "\r\nHello N0CALL, this is spotwell-bridge " SPOTWELL_VERSION
-                            ". Every spot that spotwell finds is shown here.\r\n"
+                            ".\r\nEvery spot that spotwell finds is shown here.\r\n"
                             "Commands are SH/DX [number of spots] and BYE.\r\n"
                             "N0CALL de SPOTWELL 21-Nov-2026 1428Z spotwell >\r\n");
     EXPECT_TRUE(dialogue_.isLoggedIn());
@@ -105,8 +105,7 @@ TEST_F(DialogueTest, saysGoodbyeOnALineOfItsOwn)
 TEST_F(DialogueTest, namesTheCommandThatItDoesNotHave)
 {
     const auto line = [](const QByteArray& word) {
-        return "Sorry, \"" + word +
-               "\" is no command here. Commands are SH/DX [number of spots] and BYE.\r\n";
+        return "Sorry, \"" + word + "\" is no command here, only SH/DX and BYE are.\r\n";
     };
     to("N0CALL");
     EXPECT_EQ(to("set/name Jim"), line("set/name") + prompt_);
@@ -246,6 +245,18 @@ TEST(NodeTexts, askForTheCallsignOnlyInTheQuestion)
                     EXPECT_FALSE(text.toLower().contains(asked)) << text.constData();
             }
         }
+    }
+}
+
+TEST(NodeTexts, areNoWiderThanAClientsWindow)
+{
+    constexpr qsizetype width = 78;
+    const QByteArray callsign(15, 'W');
+    for (const QByteArray& text :
+         {greeting(callsign), prompt(callsign, now), unknownCommand(QByteArray(100, 'W')), notACallsign(),
+          badSpotCount(), noSpotsYet(), lineTooLong(), spotsLeftOut(4'000'000'000), noRoom(), farewell()}) {
+        for (const QByteArray& line : text.split('\n'))
+            EXPECT_LE(line.trimmed().size(), width) << line.constData();
     }
 }
 

@@ -14,7 +14,7 @@ TEST_F(SpotNodeTest, holdsADialogue)
     client.hears("login: ");
     client.says("n0call\r\n");
     client.hears("\r\nHello N0CALL, this is spotwell-bridge " SPOTWELL_VERSION
-                 ". Every spot that spotwell finds is shown here.\r\n"
+                 ".\r\nEvery spot that spotwell finds is shown here.\r\n"
                  "Commands are SH/DX [number of spots] and BYE.\r\n");
     client.hears(prompt_);
     client.says("sh/dx\r\n");
@@ -26,8 +26,7 @@ TEST_F(SpotNodeTest, holdsADialogue)
     client.hears(prompt_);
     client.says("sh/dx 1\r\nset/page 0\r\n");
     client.hears(sent(2) + prompt_);
-    client.hears("Sorry, \"set/page\" is no command here. Commands are SH/DX [number of spots] and BYE.\r\n" +
-                 prompt_);
+    client.hears("Sorry, \"set/page\" is no command here, only SH/DX and BYE are.\r\n" + prompt_);
     client.says("bye\r\n");
     client.hears("73 de SPOTWELL\r\n");
     client.hearsTheEnd();
