@@ -16,8 +16,6 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr auto attemptInterval = 1s;
-/// How many messages are taken in at a stretch: a peer that floods the connection cannot hold its user.
-constexpr int maxStepsAtOnce = 1000;
 /// Of an error's text, whoever sent it.
 constexpr qsizetype maxErrorLength = 500;
 
@@ -99,9 +97,9 @@ void BusConnection::noteAccepted()
     sessionBus_.accepted(id);
 }
 
-bool BusConnection::process()
+bool BusConnection::process(int most)
 {
-    for (int steps = 0; steps < maxStepsAtOnce; ++steps) {
+    for (int steps = 0; steps < most; ++steps) {
         const Step result = step();
         if (result != Step::progress)
             return result == Step::nothing;
@@ -109,19 +107,28 @@ bool BusConnection::process()
     return true;
 }
 
+BusConnection::Interest BusConnection::interest() const
+{
+    if (!bus_)
+        return {};
+    Interest wanted;
+    const int events = sd_bus_get_events(bus_.get());
+    wanted.descriptor = sd_bus_get_fd(bus_.get());
+    wanted.events = static_cast<short>(std::max(events, 0));
+    std::uint64_t due = UINT64_MAX; // on the monotonic clock, which is also Clock's
+    if (events < 0 || sd_bus_get_timeout(bus_.get(), &due) < 0)
+        due = 0;
+    if (due < static_cast<std::uint64_t>(INT64_MAX / 1000))
+        wanted.due = Deadline{std::chrono::microseconds{due}};
+    return wanted;
+}
+
 void BusConnection::wait(Deadline deadline, const WakeUp* wakeUp)
 {
+    const Interest own = interest();
     std::array<pollfd, 2> entries{pollfd{wakeUp != nullptr ? wakeUp->descriptor() : -1, POLLIN, 0},
-                                  pollfd{-1, 0, 0}};
-    if (bus_) {
-        const int events = sd_bus_get_events(bus_.get());
-        entries[1] = {sd_bus_get_fd(bus_.get()), static_cast<short>(std::max(events, 0)), 0};
-        std::uint64_t due = UINT64_MAX; // on the monotonic clock, which is also Clock's
-        if (events < 0 || sd_bus_get_timeout(bus_.get(), &due) < 0)
-            due = 0;
-        if (due < static_cast<std::uint64_t>(INT64_MAX / 1000))
-            deadline = std::min(deadline, Deadline{std::chrono::microseconds{due}});
-    }
+                                  pollfd{own.descriptor, own.events, 0}};
+    deadline = std::min(deadline, own.due);
     timespec span{};
     if (deadline != Deadline::max()) {
         const auto left = std::max<Clock::duration>(deadline - Clock::now(), 0ns);

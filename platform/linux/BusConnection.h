@@ -49,6 +49,16 @@ public:
     using Clock = std::chrono::steady_clock;
     using Deadline = Clock::time_point;
 
+    /// How many messages are taken in at a stretch: a peer that floods the connection cannot hold its user.
+    static constexpr int maxMessagesAtOnce = 1000;
+
+    /// A descriptor (-1 for none) with the events of poll(), and a point in time: whichever comes first.
+    struct Interest {
+        int descriptor = -1;
+        short events = 0;
+        Deadline due = Deadline::max();
+    };
+
     /// `description` names the connection in the bus's own tools.
     BusConnection(SessionBus& bus, std::string description);
 
@@ -62,8 +72,12 @@ public:
     [[nodiscard]] unsigned generation() const { return generation_; }
     /// Whether the bus has accepted the connection and everything sent so far has left.
     [[nodiscard]] bool isDrained() const;
-    /// Takes in what has arrived, without waiting. False when there is no connection (any more).
-    bool process();
+    /// Takes in what has arrived, at most `most` messages of it, without waiting. False when there is no
+    /// connection (any more).
+    bool process(int most = maxMessagesAtOnce);
+    /// What to wait for before the next process(), for an event loop that drives the connection. Nothing
+    /// when there is no connection. Changes with everything that is sent and taken in.
+    [[nodiscard]] Interest interest() const;
     /// Waits until there is something to process, `wakeUp` (which may be null) is awake, or `deadline`.
     void wait(Deadline deadline, const WakeUp* wakeUp);
     /// Processes and waits until `done()`, and returns true then; false at the deadline, when the connection

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <poll.h>
+
 namespace spotwell
 {
 
@@ -77,6 +79,57 @@ TEST(SessionBus, IsTriedAtMostOnceASecondByEach)
     EXPECT_TRUE(waitUntil([&connection] { return connection.open(); }));
     EXPECT_GE(BusConnection::Clock::now() - start, std::chrono::seconds{1});
     EXPECT_EQ(connection.generation(), 1U);
+}
+
+TEST(SessionBus, TellsAnEventLoopWhatItWaitsFor)
+{
+    PrivateBus bus;
+    SharedLog log;
+    SessionBus sessionBus(log, bus.address());
+    BusConnection connection(sessionBus, "test");
+    EXPECT_EQ(connection.interest().descriptor, -1);
+    EXPECT_EQ(connection.interest().due, BusConnection::Deadline::max());
+
+    ASSERT_TRUE(connection.open());
+    // Driven by that alone the connection comes about.
+    while (!connection.isDrained()) {
+        const BusConnection::Interest interest = connection.interest();
+        EXPECT_NE(interest.events & (POLLIN | POLLOUT), 0);
+        EXPECT_LT(interest.due, BusConnection::Clock::now() + std::chrono::minutes{10});
+        pollfd entry{interest.descriptor, interest.events, 0};
+        ASSERT_EQ(::poll(&entry, 1, 20'000), 1);
+        ASSERT_TRUE(connection.process(1));
+    }
+    ASSERT_TRUE(connection.process());
+    EXPECT_EQ(connection.interest().events, POLLIN);
+    EXPECT_EQ(connection.interest().due, BusConnection::Deadline::max());
+
+    connection.close();
+    EXPECT_EQ(connection.interest().descriptor, -1);
+}
+
+TEST(SessionBus, TakesInNoMoreThanIsAsked)
+{
+    PrivateBus bus;
+    SharedLog log;
+    SessionBus sessionBus(log, bus.address());
+    BusConnection connection(sessionBus, "test");
+    ASSERT_TRUE(becomesReady(connection));
+    ASSERT_TRUE(connection.process());
+    int answers = 0;
+    const auto count = [](sd_bus_message*, void* userdata, sd_bus_error*) {
+        ++*static_cast<int*>(userdata);
+        return 0;
+    };
+    for (int i = 0; i < 5; ++i)
+        ASSERT_GE(sd_bus_call_method_async(connection.get(), nullptr, "org.freedesktop.DBus",
+                                           "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId", count,
+                                           &answers, nullptr),
+                  0);
+    for (int expected = 1; expected <= 5; ++expected) {
+        ASSERT_TRUE(waitUntil([&] { return connection.process(1) && answers >= expected; }));
+        EXPECT_EQ(answers, expected);
+    }
 }
 
 TEST(SessionBus, WaitsNoLongerThanAllowedWhenTheBusHangs)
