@@ -5,7 +5,7 @@
 
 #include <chrono>
 
-namespace spotwell
+namespace spotwell::bridge
 {
 
 namespace
@@ -56,4 +56,4 @@ QString isoTime(std::int64_t microseconds)
         static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
 }
 
-} // namespace spotwell
+} // namespace spotwell::bridge

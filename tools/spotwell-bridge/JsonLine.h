@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace spotwell
+namespace spotwell::bridge
 {
 
 /// A JSON object on one line whose members stand in the order they were added, which QJsonObject would not
@@ -29,4 +29,4 @@ private:
 /// take more than four digits are beyond that form: such a time is given as the number.
 [[nodiscard]] QString isoTime(std::int64_t microseconds);
 
-} // namespace spotwell
+} // namespace spotwell::bridge

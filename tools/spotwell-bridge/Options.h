@@ -1,25 +1,30 @@
 #pragma once
 
+#include "tools/spotwell-bridge/Endpoints.h"
+#include "tools/spotwell-bridge/HeldAnswers.h"
+#include "tools/spotwell-bridge/LoggerOnBus.h"
+
 #include <QString>
 #include <QStringList>
 
 #include <chrono>
 #include <optional>
 
-namespace spotwell
+namespace spotwell::bridge
 {
 
+/// What is printed of what arrives.
+enum class Printing { nothing, json, text };
+
 /// What the bridge is asked to be and do.
-struct BridgeOptions {
-    /// Whether what arrives is printed.
-    bool print = false;
-    QString displayName = QStringLiteral("Logwright");
-    /// Absent for an application that gives no version.
-    std::optional<QString> version = QStringLiteral("6.45");
-    /// What processSpot is answered with, as an error; absent for success.
-    std::optional<QString> scriptError;
-    /// How long the answer to processSpot is held back.
-    std::chrono::microseconds scriptDelay{0};
+struct Options {
+    LoggerIdentity identity{QStringLiteral("Logwright"), QStringLiteral("6.45")};
+    AnswerRule answers;
+    Printing printing = Printing::nothing;
+    /// Where telnet clients are served; absent when they are not.
+    std::optional<ListenAddress> telnet;
+    /// Where spots are sent as datagrams; absent when they are not.
+    std::optional<Target> n1mm;
     /// After how many notifications and commands the bridge ends; absent for never.
     std::optional<unsigned> count;
     /// After what time the bridge ends; absent for never.
@@ -27,13 +32,13 @@ struct BridgeOptions {
 };
 
 /// How reading the command line ended: with options, with a text to show, or with a complaint.
-struct BridgeCommandLine {
-    std::optional<BridgeOptions> options;
-    QString help;
+struct CommandLine {
+    std::optional<Options> options;
+    QString text;
     QString complaint;
 };
 
 /// Reads the command line; the first argument is the program's name.
-[[nodiscard]] BridgeCommandLine readBridgeOptions(const QStringList& arguments);
+[[nodiscard]] CommandLine readCommandLine(const QStringList& arguments);
 
-} // namespace spotwell
+} // namespace spotwell::bridge

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace spotwell
+namespace spotwell::bridge
 {
 
 namespace
@@ -46,4 +46,4 @@ TEST(JsonLine, WritesTimes)
 
 } // namespace
 
-} // namespace spotwell
+} // namespace spotwell::bridge

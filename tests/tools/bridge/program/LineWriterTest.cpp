@@ -1,0 +1,193 @@
+#include "tools/spotwell-bridge/LineWriter.h"
+
+#include "tests/fakes/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <vector>
+
+namespace spotwell::bridge
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+/// A pipe, or a pair of sockets, that the test reads when it likes; blocking, as a shell hands it over.
+class LineWriterTest : public testing::TestWithParam<bool>
+{
+protected:
+    LineWriterTest()
+    {
+        (void)std::signal(SIGPIPE, SIG_IGN);
+        EXPECT_EQ(GetParam() ? ::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) : ::pipe(ends.data()), 0);
+        ::fcntl(ends[0], F_SETFL, O_NONBLOCK);
+    }
+    ~LineWriterTest() override
+    {
+        closeReader();
+        ::close(ends[1]);
+    }
+    void closeReader()
+    {
+        if (ends[0] >= 0)
+            ::close(std::exchange(ends[0], -1));
+    }
+    /// Everything that can be read now.
+    const QByteArray& heard()
+    {
+        std::array<char, 65536> bytes{};
+        ssize_t count = 0;
+        while ((count = ::read(ends[0], bytes.data(), bytes.size())) > 0)
+            heard_.append(bytes.data(), count);
+        return heard_;
+    }
+    LineWriter::Handlers handlers()
+    {
+        return {[this] { ++losing; }, [this](std::size_t count) { lost.push_back(count); },
+                [this](int error) { errors.push_back(error); }};
+    }
+
+    std::array<int, 2> ends{-1, -1};
+    int losing = 0;
+    std::vector<std::size_t> lost;
+    std::vector<int> errors;
+
+private:
+    QByteArray heard_;
+};
+
+/// A line that says which it is, 1000 bytes with its line feed.
+QByteArray numbered(int number)
+{
+    return QByteArray::number(number).rightJustified(999, '.');
+}
+
+TEST_P(LineWriterTest, WritesAtOnce)
+{
+    LineWriter writer(ends[1], handlers());
+    writer.write("one");
+    EXPECT_EQ(heard(), "one\n");
+    writer.write("");
+    writer.write(QByteArray(10'000, 'x'));
+    EXPECT_EQ(heard(), "one\n\n" + QByteArray(10'000, 'x') + '\n');
+    EXPECT_EQ(::fcntl(ends[1], F_GETFL) & O_NONBLOCK, 0) << "what others share is left alone";
+}
+
+TEST_P(LineWriterTest, KeepsEveryLineWithinItsLimits)
+{
+    LineWriter writer(ends[1], handlers());
+    QByteArray expected;
+    for (int number = 0; number < 2000; ++number) {
+        writer.write(numbered(number));
+        expected += numbered(number) + '\n';
+    }
+    EXPECT_TRUE(waitUntil([&] { return heard().size() >= expected.size(); }));
+    EXPECT_EQ(heard(), expected);
+    EXPECT_EQ(losing, 0);
+    EXPECT_TRUE(lost.empty());
+}
+
+TEST_P(LineWriterTest, LosesTheOldestWholeLinesBeyondItsLimits)
+{
+    LineWriter writer(ends[1], handlers(), {100, std::size_t{1} << 20});
+    for (int number = 0; number < 2000; ++number)
+        writer.write(numbered(number));
+    EXPECT_EQ(losing, 1);
+    EXPECT_TRUE(lost.empty()) << "told when it is over";
+    EXPECT_TRUE(waitUntil([&] {
+        heard();
+        return !lost.empty();
+    }));
+    const QByteArrayList lines = heard().split('\n');
+    ASSERT_EQ(lost.size(), 1U);
+    EXPECT_EQ(lines.size() - 1 + static_cast<qsizetype>(lost[0]), 2000);
+    int last = -1;
+    for (const QByteArray& line : lines.first(lines.size() - 1)) {
+        ASSERT_EQ(line.size(), 999) << "whole lines only";
+        const int number = line.mid(line.lastIndexOf('.') + 1).toInt();
+        ASSERT_GT(number, last);
+        last = number;
+    }
+    EXPECT_EQ(last, 1999);
+    // A hundred wait, and one of them may be half written.
+    EXPECT_GE(lines.size() - 1, 100);
+    writer.write("more");
+    EXPECT_TRUE(heard().endsWith("\nmore\n"));
+}
+
+TEST_P(LineWriterTest, BoundsItsBytes)
+{
+    LineWriter writer(ends[1], handlers(), {100'000, 5'000});
+    for (int number = 0; number < 1000; ++number)
+        writer.write(numbered(number));
+    EXPECT_EQ(losing, 1);
+    const qsizetype inTheKernel = heard().size();
+    EXPECT_TRUE(waitUntil([&] {
+        heard();
+        return !lost.empty();
+    }));
+    // What was half written when the reader stopped is ended, which is why it may be a line more.
+    EXPECT_LE(heard().size() - inTheKernel, 6'000);
+    EXPECT_GE(heard().size() - inTheKernel, 4'000);
+}
+
+TEST_P(LineWriterTest, SaysOnceThatNobodyCanRead)
+{
+    LineWriter writer(ends[1], handlers());
+    closeReader();
+    writer.write("one");
+    writer.write("two");
+    EXPECT_EQ(errors, std::vector{EPIPE});
+    EXPECT_EQ(losing, 0);
+}
+
+TEST_P(LineWriterTest, NoticesTheEndOfAReaderThatWasSlow)
+{
+    LineWriter writer(ends[1], handlers());
+    for (int number = 0; number < 1000; ++number)
+        writer.write(numbered(number));
+    EXPECT_TRUE(errors.empty());
+    closeReader();
+    EXPECT_TRUE(waitUntil([this] { return !errors.empty(); }));
+    EXPECT_EQ(errors.size(), 1U);
+}
+
+TEST_P(LineWriterTest, FinishesWithinItsTime)
+{
+    LineWriter writer(ends[1], handlers());
+    for (int number = 0; number < 1000; ++number)
+        writer.write(numbered(number));
+    const qsizetype before = heard().size();
+    writer.finish(50ms, 10s); // what there is room for leaves, then nothing more for 50 ms
+    EXPECT_GT(heard().size(), before);
+    const auto written = static_cast<std::size_t>(heard().count('\n'));
+    ASSERT_EQ(lost.size(), 1U);
+    EXPECT_EQ(written + lost[0], 1000U);
+}
+
+INSTANTIATE_TEST_SUITE_P(PipesAndSockets, LineWriterTest, testing::Bool());
+
+TEST(LineWriter, TellsWhyNothingCanBeWritten)
+{
+    std::vector<int> errors;
+    const auto noted = [&errors](int error) { errors.push_back(error); };
+    const int full = ::open("/dev/full", O_WRONLY);
+    LineWriter(full, {[] {}, [](std::size_t) {}, noted}).write("x");
+    ::close(full);
+    const int readOnly = ::open("/dev/null", O_RDONLY);
+    LineWriter(readOnly, {[] {}, [](std::size_t) {}, noted}).write("x");
+    ::close(readOnly);
+    EXPECT_EQ(errors, (std::vector{ENOSPC, EBADF}));
+}
+
+} // namespace
+
+} // namespace spotwell::bridge

@@ -1,0 +1,86 @@
+#include "tools/spotwell-bridge/N1mmSender.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace spotwell::bridge
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+constexpr auto lookUpInterval = 60s;
+
+/// The first IPv4 address, or else the first: a datagram tells nobody that it was not taken, and what takes
+/// these listens on IPv4 as a rule.
+QHostAddress bestAddress(const std::vector<SocketAddress>& addresses)
+{
+    const auto isIPv4 = [](const SocketAddress& address) { return address.get()->sa_family == AF_INET; };
+    const auto best = std::find_if(addresses.begin(), addresses.end(), isIPv4);
+    return QHostAddress((best == addresses.end() ? addresses.front() : *best).get());
+}
+
+} // namespace
+
+N1mmSender::N1mmSender(Target target, LookUp lookUp, Log& log)
+    : target_(std::move(target)),
+      text_((target_.host.contains(u':') ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
+                .arg(target_.host)
+                .arg(target_.port)),
+      lookUp_(std::move(lookUp)),
+      log_(log)
+{
+}
+
+void N1mmSender::send(const QByteArray& datagram, TimePoint now)
+{
+    if (const QHostAddress literal(target_.host); !literal.isNull())
+        use(literal);
+    else
+        lookUpIfDue(now);
+    if (address_.isNull())
+        return;
+    const bool sent = socket_->writeDatagram(datagram, address_, target_.port) == datagram.size();
+    note(sent ? QString() : socket_->errorString());
+}
+
+void N1mmSender::lookUpIfDue(TimePoint now)
+{
+    if (isLookingUp_ || (lastLookUp_ && now - *lastLookUp_ < lookUpInterval))
+        return;
+    lastLookUp_ = now;
+    isLookingUp_ = true;
+    lookUp_(target_.host, [this](const HostLookup& lookup) { lookedUp(lookup); });
+}
+
+/// An address that is known stays in use while a name server is in trouble.
+void N1mmSender::lookedUp(const HostLookup& lookup)
+{
+    isLookingUp_ = false;
+    if (!lookup.addresses.empty())
+        use(bestAddress(lookup.addresses));
+    else if (address_.isNull())
+        note(lookup.error);
+}
+
+void N1mmSender::use(const QHostAddress& address)
+{
+    // A socket keeps the protocol it was first used with.
+    if (!socket_ || address.protocol() != address_.protocol())
+        socket_ = std::make_unique<QUdpSocket>();
+    address_ = address;
+}
+
+void N1mmSender::note(const QString& trouble)
+{
+    const bool isTrouble = !trouble.isEmpty();
+    if (std::exchange(isInTrouble_, isTrouble) == isTrouble)
+        return;
+    log_.line(isTrouble ? QStringLiteral("spots do not reach %1: %2").arg(text_, trouble)
+                        : QStringLiteral("spots are sent to %1 again").arg(text_));
+}
+
+} // namespace spotwell::bridge
