@@ -2,7 +2,6 @@
 
 #include "tools/spotwell-bridge/spots/SpotText.h"
 #include "util/NumberText.h"
-#include "util/TimeFormats.h"
 
 namespace spotwell::bridge
 {
@@ -30,6 +29,14 @@ QString commentFor(const SpotReport& report)
     return comment.isEmpty() || characterCount(both) <= commentColumns ? both : comment;
 }
 
+/// The time of day in UTC, such as 1428Z.
+QString timeOfDay(TimePoint time)
+{
+    const std::chrono::hh_mm_ss clock{time - std::chrono::floor<std::chrono::days>(time)};
+    return QString::asprintf("%02u%02uZ", static_cast<unsigned>(clock.hours().count()),
+                             static_cast<unsigned>(clock.minutes().count()));
+}
+
 } // namespace
 
 QString spotLine(const SpotReport& report)
@@ -41,7 +48,7 @@ QString spotLine(const SpotReport& report)
     line += firstCharacters(plainText(report.spotter), room).toString() + u':';
     line = column(line, frequencyEnd - frequency.size()) + frequency;
     line += QStringLiteral("  ") + column(plainText(report.call), callColumns) + u' ';
-    line += column(commentFor(report), commentColumns) + u' ' + spotTime(report.time);
+    line += column(commentFor(report), commentColumns) + u' ' + timeOfDay(report.time);
     if (!report.grid.isEmpty())
         line += u' ' + firstCharacters(plainText(report.grid), gridColumns).toString();
     return line;

@@ -1,0 +1,186 @@
+#include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/TelnetClient.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTemporaryDir>
+
+#include <array>
+#include <csignal>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace spotwell::bridge
+{
+
+namespace
+{
+
+using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
+
+/// A service manager's ear.
+class Manager
+{
+public:
+    Manager() : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path().copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(::bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    }
+    ~Manager() { ::close(socket_); }
+    Manager(const Manager&) = delete;
+    Manager& operator=(const Manager&) = delete;
+
+    [[nodiscard]] std::string path() const { return folder_.filePath(u"notify"_s).toStdString(); }
+    /// What it is told next; empty when nothing comes within `patience`.
+    std::string next(int patience = 20'000)
+    {
+        pollfd entry{socket_, POLLIN, 0};
+        std::array<char, 1000> bytes{};
+        if (::poll(&entry, 1, patience) <= 0)
+            return {};
+        const ssize_t count = ::recv(socket_, bytes.data(), bytes.size(), 0);
+        return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+    }
+
+private:
+    QTemporaryDir folder_;
+    int socket_;
+};
+
+/// All that a command prints, its complaints included; it must end with 0.
+QString outputOf(const std::vector<std::string>& command)
+{
+    ChildProcess process(command, {"LC_ALL=C.UTF-8"}, true);
+    QString output;
+    while (const auto line = process.readLine())
+        output += QString::fromStdString(*line) + u'\n';
+    EXPECT_EQ(process.wait(), 0) << output.toStdString();
+    return output;
+}
+
+QString contentsOf(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return QString::fromUtf8(file.readAll());
+}
+
+QSet<QString> longOptions(const QString& text)
+{
+    static const QRegularExpression option(u"(?<![\\w-])--[a-z][a-z0-9-]*"_s);
+    QSet<QString> options;
+    for (const QRegularExpressionMatch& match : option.globalMatch(text))
+        options.insert(match.captured());
+    return options;
+}
+
+class ServiceTest : public BridgeProcess
+{
+protected:
+    /// Starts the bridge under a service manager.
+    void startUnder(const Manager& manager)
+    {
+        bridge.emplace(command({"--telnet", "127.0.0.1:0"}),
+                       std::vector{bus.environment(), "NOTIFY_SOCKET=" + manager.path()}, true);
+    }
+};
+
+TEST_F(ServiceTest, TheManagerIsToldHowItIs)
+{
+    Manager manager;
+    startUnder(manager);
+    EXPECT_EQ(manager.next(), "STATUS=Receiving spots");
+    EXPECT_EQ(manager.next(), "READY=1");
+    const std::string listening = nextLine();
+    // Ready means that clients can come.
+    TelnetClient client(static_cast<std::uint16_t>(std::stoi(listening.substr(listening.rfind(':') + 1))));
+    EXPECT_TRUE(client.logIn());
+    bus.kill();
+    EXPECT_EQ(manager.next(), "STATUS=Waiting for the session bus");
+    bus.start();
+    EXPECT_EQ(manager.next(), "STATUS=Receiving spots");
+    bridge->signal(SIGTERM);
+    EXPECT_EQ(manager.next(), "STOPPING=1\nSTATUS=Ending");
+    EXPECT_EQ(bridge->wait(), 0);
+    EXPECT_EQ(manager.next(0), "");
+}
+
+TEST_F(ServiceTest, ItIsReadyWhileAnotherHasTheName)
+{
+    ChildProcess first(command({}), {bus.environment()});
+    ASSERT_TRUE(first.readLine());
+    Manager manager;
+    startUnder(manager);
+    EXPECT_EQ(manager.next(), "STATUS=Receiving spots; another logger has the bus name");
+    EXPECT_EQ(manager.next(), "READY=1");
+}
+
+TEST_F(ServiceTest, ItIsNotReadyWhileTheBusHangs)
+{
+    Manager manager;
+    bus.stop();
+    startUnder(manager);
+    EXPECT_EQ(nextLine().rfind("spotwell-bridge: listening on ", 0), 0U);
+    EXPECT_EQ(nextLine(), "spotwell-bridge: the session bus does not answer yet");
+    EXPECT_EQ(manager.next(0), "");
+    bus.resume();
+    EXPECT_EQ(manager.next(), "STATUS=Receiving spots");
+    EXPECT_EQ(manager.next(), "READY=1");
+}
+
+TEST_F(ServiceTest, WhatIsInstalledRuns)
+{
+    QTemporaryDir folder;
+    const std::string prefix = folder.path().toStdString();
+    outputOf({"cmake", "--install", BUILD_DIRECTORY, "--component", "bridge", "--prefix", prefix});
+    EXPECT_EQ(outputOf({prefix + "/bin/spotwell-bridge", "--version"}),
+              u"spotwell-bridge " SPOTWELL_VERSION "\n"_s);
+    EXPECT_TRUE(QFile::exists(folder.filePath(u"share/man/man1/spotwell-bridge.1"_s)));
+
+    // The unit starts the program where it belongs; here it is elsewhere.
+    QString unit = contentsOf(folder.filePath(u"lib/systemd/user/spotwell-bridge.service"_s));
+    const QString place = QStringLiteral(INSTALLED_BIN "/spotwell-bridge");
+    EXPECT_TRUE(unit.contains(u"\nExecStart=%1 --telnet\n"_s.arg(place)));
+    EXPECT_TRUE(unit.contains(u"\nType=notify\n"_s));
+    unit.replace(place, folder.filePath(u"bin/spotwell-bridge"_s));
+    QFile checked(folder.filePath(u"spotwell-bridge.service"_s));
+    ASSERT_TRUE(checked.open(QIODevice::WriteOnly));
+    checked.write(unit.toUtf8());
+    checked.close();
+    // What is wrong is said, but is no failure.
+    EXPECT_EQ(outputOf({"env", "XDG_RUNTIME_DIR=" + prefix, "systemd-analyze", "--user", "--man=no", "verify",
+                        checked.fileName().toStdString()}),
+              QString());
+}
+
+TEST_F(ServiceTest, TheManualPageIsWhole)
+{
+    EXPECT_EQ(outputOf({"groff", "-man", "-ww", "-z", "-Tutf8", MANUAL_PAGE}), QString()) << "no warnings";
+    // Wide enough for no option to be hyphenated.
+    const QString page = outputOf({"groff", "-man", "-Tascii", "-P-cbou", "-rLL=1000n", MANUAL_PAGE});
+    const QString help = outputOf({SPOTWELL_BRIDGE, "--help"});
+    const QSet<QString> helped = longOptions(help);
+    EXPECT_EQ(helped.size(), 12);
+    EXPECT_TRUE(helped.contains(u"--telnet"_s));
+    // Those of other programs in its examples.
+    EXPECT_EQ(longOptions(page) - QSet<QString>({u"--user"_s, u"--now"_s}), helped);
+}
+
+TEST_F(ServiceTest, NeitherWindowsNorIcuAreLoaded)
+{
+    const QString sections = outputOf({"readelf", "-d", SPOTWELL_BRIDGE});
+    EXPECT_TRUE(sections.contains(u"Shared library: [libQt6Core.so.6]"_s));
+    for (const QString& library : {u"[libQt6Gui"_s, u"[libQt6Widgets"_s, u"[libQt6DBus"_s, u"[libicu"_s})
+        EXPECT_FALSE(sections.contains(library)) << library.toStdString();
+}
+
+} // namespace
+
+} // namespace spotwell::bridge
