@@ -10,8 +10,8 @@
 namespace spotwell
 {
 
-RunningProgram::RunningProgram(const Home& home, const std::string& busAddress, const QStringList& variables,
-                               const QStringList& launcher)
+QProcessEnvironment programEnvironment(const Home& home, const std::string& busAddress,
+                                       const QStringList& variables)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
@@ -25,7 +25,13 @@ RunningProgram::RunningProgram(const Home& home, const std::string& busAddress, 
     const QString threadSanitizer = QStringLiteral("TSAN_OPTIONS");
     environment.insert(threadSanitizer, environment.value(threadSanitizer) +
                                             QStringLiteral(":ignore_noninstrumented_modules=1"));
-    process_.setProcessEnvironment(environment);
+    return environment;
+}
+
+RunningProgram::RunningProgram(const Home& home, const std::string& busAddress, const QStringList& variables,
+                               const QStringList& launcher)
+{
+    process_.setProcessEnvironment(programEnvironment(home, busAddress, variables));
     process_.setStandardInputFile(QProcess::nullDevice());
     const QStringList command = launcher + QStringList(QStringLiteral(SPOTWELL));
     process_.start(command.first(), command.mid(1));

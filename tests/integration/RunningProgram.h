@@ -3,6 +3,7 @@
 #include "tests/integration/Home.h"
 
 #include <QProcess>
+#include <QProcessEnvironment>
 
 #include <chrono>
 #include <optional>
@@ -18,6 +19,11 @@ inline constexpr bool sanitized = true;
 inline constexpr int slowness = 1;
 inline constexpr bool sanitized = false;
 #endif
+
+/// The test's own environment, with what leads a program with a window to this home and this bus, and with
+/// `variables`, "NAME=VALUE".
+[[nodiscard]] QProcessEnvironment programEnvironment(const Home& home, const std::string& busAddress,
+                                                     const QStringList& variables);
 
 /// The shipped program as a process; killed at the latest when destroyed.
 class RunningProgram
