@@ -217,6 +217,25 @@ TEST_F(SpotNodeLimitsTest, answersOnlyAsFastAsTheAnswersAreTaken)
     EXPECT_EQ(heard.count("1005Z spotwell >"), asked - early);
 }
 
+TEST_F(SpotNodeLimitsTest, answersASlowClientThatEndedItsSideToTheEnd)
+{
+    limits_.lines = 100;
+    listens();
+    for (int i = 1; i <= 100; ++i)
+        node_->send(spot(i));
+    TelnetClient& client = logsIn("N0CALL", smallBuffer);
+    client.says(QByteArray("sh/dx 100\r\n").repeated(5));
+    client.endsItsSide();
+    settles(client);
+    for (int answer = 0; answer < 5; ++answer) {
+        for (int i = 1; i <= 100; ++i)
+            client.hears(sent(i));
+        client.hears(prompt_);
+    }
+    client.hearsTheEnd();
+    logs(QStringLiteral("telnet: N0CALL from 127.0.0.1 left"));
+}
+
 TEST_F(SpotNodeLimitsTest, doesNotWaitForSlowClientsWhenItStops)
 {
     listens();
