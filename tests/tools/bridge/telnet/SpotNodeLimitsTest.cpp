@@ -236,6 +236,21 @@ TEST_F(SpotNodeLimitsTest, answersASlowClientThatEndedItsSideToTheEnd)
     logs(QStringLiteral("telnet: N0CALL from 127.0.0.1 left"));
 }
 
+TEST_F(SpotNodeLimitsTest, saysGoodbyeHoweverFullTheWayIs)
+{
+    listens();
+    // For one of them it is the farewell that finds no room.
+    constexpr int most = 120;
+    for (int count = 1; count <= most; ++count)
+        logsIn("N0CALL", smallBuffer).says(QByteArray("\r\n").repeated(count) + "bye\r\n");
+    settles(clients_.back());
+    int count = 0;
+    for (TelnetClient& client : clients_) {
+        client.hears(prompt_.repeated(++count) + "73 de SPOTWELL\r\n");
+        client.hearsTheEnd();
+    }
+}
+
 TEST_F(SpotNodeLimitsTest, doesNotWaitForSlowClientsWhenItStops)
 {
     listens();
