@@ -129,7 +129,8 @@ void NodeClient::look(std::chrono::steady_clock::time_point now)
     if (leaving_) {
         if (now - left_ >= limits.leaving)
             close();
-    } else if (!backlog_.isEmpty() && now - lastTaken_ >= limits.taking) {
+    } else if (writing_->isEnabled() && now - lastTaken_ >= limits.taking) {
+        // Only what was offered can be left: a line of this turn of the event loop has not been tried yet.
         drop(QStringLiteral("it took nothing for %1 s").arg(inSeconds(limits.taking)));
     } else if (!dialogue_.isLoggedIn() && now - connected_ >= limits.login) {
         drop(QStringLiteral("it gave no callsign for %1 s").arg(inSeconds(limits.login)));

@@ -1,6 +1,7 @@
 #include "tests/tools/bridge/telnet/SpotNodeHarness.h"
 
 #include <QDir>
+#include <QTimer>
 
 namespace spotwell::bridge
 {
@@ -80,6 +81,27 @@ TEST_F(SpotNodeTest, sendsNoLineTwiceWithinTenMinutes)
     // What was not sent again is not shown again either.
     client.says("sh/dx\r\n");
     client.hears(sent(1) + sent(2) + sent(1) + prompt_);
+}
+
+TEST_F(SpotNodeTest, countsNoWaitForWhatItHasNotTriedToSend)
+{
+    listens();
+    TelnetClient& client = logsIn("N0CALL");
+    // Who is asked for his callsign has the node look at the times again and again.
+    connects().hears("login: ");
+    now_ += limits_.taking;
+    // A timer that is always due fires together with the node's, and before it.
+    constexpr int count = 1000;
+    int number = 0;
+    QTimer arrival;
+    arrival.callOnTimeout([&] { node_->send(spot(++number)); });
+    arrival.start(0);
+    EXPECT_TRUE(waitUntil([&] { return client.read(), number >= count; }));
+    arrival.stop();
+    for (int i = 1; i <= number && !client.ended(); ++i)
+        client.hears(sent(i));
+    EXPECT_FALSE(client.ended());
+    EXPECT_EQ(log_.lines, QStringList(QStringLiteral("telnet: N0CALL from 127.0.0.1 logged in")));
 }
 
 TEST_F(SpotNodeTest, swallowsNegotiation)
