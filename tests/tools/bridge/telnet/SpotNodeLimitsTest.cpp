@@ -141,6 +141,23 @@ TEST_F(SpotNodeLimitsTest, dropsNobodyForWhomNothingWaits)
     EXPECT_EQ(log_.lines.size(), 1);
 }
 
+TEST_F(SpotNodeLimitsTest, dropsNobodyToWhomASpotHasYetToBeSent)
+{
+    bool comes = false;
+    node_ = std::make_unique<SpotNode>(clock_, log_, limits_, [&] {
+        if (std::exchange(comes, false))
+            node_->send(spot(1));
+        return now_;
+    });
+    ASSERT_EQ(node_->listen(QHostAddress(QHostAddress::LocalHost), 0), QString{});
+    TelnetClient& client = logsIn("N0CALL");
+    connects().hears("login: ");
+    // The clock is read only for this one's time now; the spot comes in between.
+    comes = true;
+    client.hears(sent(1));
+    EXPECT_EQ(log_.lines.size(), 1);
+}
+
 TEST_F(SpotNodeLimitsTest, dropsAClientThatDoesNotLogIn)
 {
     listens();
