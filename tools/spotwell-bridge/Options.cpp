@@ -202,13 +202,15 @@ CommandLine readCommandLine(const QStringList& arguments)
         return {std::nullopt, parser.helpText(), {}};
     if (parser.isSet(version))
         return {std::nullopt, QStringLiteral("spotwell-bridge " SPOTWELL_VERSION "\n"), {}};
+    CommandLine commandLine = readValues(parser);
+    if (!commandLine.options) // an option taken for a value leaves that option's own value over
+        return commandLine;
     if (!parser.positionalArguments().isEmpty())
         return complain(
             QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first()));
     if (parser.isSet(text(loggerVersion.name)) && parser.isSet(noVersion))
         return complain(QStringLiteral("--logger-version and --no-version exclude each other."));
-    CommandLine commandLine = readValues(parser);
-    if (commandLine.options && parser.isSet(noVersion))
+    if (parser.isSet(noVersion))
         commandLine.options->identity.version.reset();
     return commandLine;
 }

@@ -158,11 +158,15 @@ void Program::standingChanged(Standing standing)
 
 void Program::becomeReady(bool queued)
 {
-    if (options_.printing != Printing::text)
+    const bool handsNothingOn =
+        !options_.telnet && !options_.n1mm && options_.printing == Printing::nothing;
+    if (options_.printing == Printing::json || handsNothingOn)
         output_.write(readyJson(options_.identity, listening_, queued));
+    else
+        log_.line(QStringLiteral("receiving spots"));
     if (ending_) // nobody reads
         return;
-    if (!options_.telnet && !options_.n1mm && options_.printing == Printing::nothing)
+    if (handsNothingOn)
         log_.line(QStringLiteral("hands nothing on; spotwell-bridge --help shows how it does"));
     tellManager(QStringLiteral("READY=1"));
 }

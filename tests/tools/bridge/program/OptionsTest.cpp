@@ -83,6 +83,8 @@ TEST(BridgeOptions, AreComplainedOf)
         {{u"--telnet"_s, u"7373"_s, u"--telnet"_s}, u"--telnet may be given only once."_s},
         {{u"--n1mm"_s, u"12060"_s}, n1mm},
         {{u"--n1mm"_s}, n1mm},
+        {{u"--n1mm"_s, u"--telnet"_s, u"7373"_s}, n1mm},
+        {{u"--script-delay"_s, u"--print"_s, u"text"_s}, u"--script-delay takes a number of seconds."_s},
         {{u"--print"_s, u"more"_s}, u"--print takes json or text."_s},
         {{u"--print"_s, u"JSON"_s}, u"--print takes json or text."_s},
         {{u"--count"_s}, count},
