@@ -111,7 +111,7 @@ TEST_F(NodeTest, floodsWithoutHoardingWhenTheClientDoesNotRead)
                 most = std::max(most, node_->connections().front()->queued());
             return client.ended();
         },
-        Seconds{90}));
+        std::chrono::seconds{90}));
     EXPECT_EQ(taken, size);
     EXPECT_GT(most, 0);
     EXPECT_LE(most, 64 * 80);

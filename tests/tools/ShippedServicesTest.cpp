@@ -24,7 +24,7 @@ protected:
     {
         ScriptedClient& client = connects();
         client.says(get(target, "Connection: close\r\n" + headers));
-        EXPECT_TRUE(waitUntil([&] { return client.read(), client.ended(); }, Seconds{90}));
+        EXPECT_TRUE(waitUntil([&] { return client.read(), client.ended(); }, std::chrono::seconds{90}));
         return client.takeHeard();
     }
     static QByteArray bodyOf(const QByteArray& answer) { return answer.mid(answer.indexOf("\r\n\r\n") + 4); }

@@ -220,7 +220,7 @@ TEST_F(WebTest, sendsFillerWithoutHoardingWhenTheClientDoesNotRead)
             most = std::max(most, node_->connections().front()->queued());
             return taken >= size + ok(size).size();
         },
-        Seconds{90}));
+        std::chrono::seconds{90}));
     EXPECT_EQ(taken, size + ok(size).size());
     EXPECT_LE(most, 65'536 + 5'120);
 }

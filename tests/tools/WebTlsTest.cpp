@@ -99,7 +99,7 @@ TEST_F(WebTlsTest, sendsMuchWithoutHoarding)
                 most = std::max(most, node_->connections().front()->queued());
             return taken >= size + ok(size).size();
         },
-        Seconds{90}));
+        std::chrono::seconds{90}));
     EXPECT_EQ(taken, size + ok(size).size());
     // The records around the bytes are counted, too.
     EXPECT_LE(most, 2 * 65'536);

@@ -103,12 +103,13 @@ bool Program::start()
     }
     if (options_.telnet) {
         node_ = std::make_unique<SpotNode>(clock_, log_);
-        const QString error = node_->listen(options_.telnet->address, options_.telnet->port);
+        const auto& [address, port] = *options_.telnet;
+        const QString error = node_->listen(address, port);
         if (!error.isNull()) {
-            log_.line(QStringLiteral("cannot listen on %1").arg(error));
+            log_.line(QStringLiteral("cannot listen on %1: %2").arg(endpointText(address, port), error));
             return false;
         }
-        listening_ = endpointText(options_.telnet->address, node_->port());
+        listening_ = endpointText(address, node_->port());
         log_.line(QStringLiteral("listening on %1").arg(listening_));
     }
     return true;
@@ -158,8 +159,7 @@ void Program::standingChanged(Standing standing)
 
 void Program::becomeReady(bool queued)
 {
-    const bool handsNothingOn =
-        !options_.telnet && !options_.n1mm && options_.printing == Printing::nothing;
+    const bool handsNothingOn = !options_.telnet && !options_.n1mm && options_.printing == Printing::nothing;
     if (options_.printing == Printing::json || handsNothingOn)
         output_.write(readyJson(options_.identity, listening_, queued));
     else

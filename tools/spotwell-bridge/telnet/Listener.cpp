@@ -14,13 +14,6 @@ constexpr int acceptQueue = 128;
 /// Clients accepted in one turn of the event loop; those who are there already are served in between.
 constexpr int acceptedTogether = 16;
 
-QString endpointText(const QHostAddress& address, std::uint16_t port)
-{
-    const bool isVersion6 = address.protocol() == QAbstractSocket::IPv6Protocol;
-    return (isVersion6 ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
-        .arg(address.toString(), QString::number(port));
-}
-
 /// Whether it is the one connection that failed, or nothing at all.
 bool isPassing(int error)
 {
@@ -41,7 +34,7 @@ QString Listener::listen(const QHostAddress& address, std::uint16_t port)
 {
     server_.setListenBacklogSize(acceptQueue);
     if (!server_.listen(address, port))
-        return QStringLiteral("%1: %2").arg(endpointText(address, port), server_.errorString());
+        return server_.errorString();
     server_.pauseAccepting();
     accepting_ = std::make_unique<QSocketNotifier>(server_.socketDescriptor(), QSocketNotifier::Type::Read);
     QObject::connect(accepting_.get(), &QSocketNotifier::activated, accepting_.get(), [this] { accept(); });

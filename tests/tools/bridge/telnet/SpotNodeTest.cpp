@@ -232,13 +232,10 @@ TEST_F(SpotNodeTest, tellsWhyItCannotListen)
     listens();
     SpotNode second(clock_, log_);
     EXPECT_EQ(second.listen(QHostAddress(QHostAddress::LocalHost), node_->port()),
-              QStringLiteral("127.0.0.1:%1: The bound address is already in use").arg(node_->port()));
+              QStringLiteral("The bound address is already in use"));
     EXPECT_EQ(second.port(), 0);
     EXPECT_EQ(second.listen(QHostAddress(QStringLiteral("192.0.2.1")), 7373),
-              QStringLiteral("192.0.2.1:7373: The address is not available"));
-    SpotNode sixth(clock_, log_);
-    const QString text = sixth.listen(QHostAddress(QStringLiteral("2001:db8::1")), 7373);
-    EXPECT_TRUE(text.startsWith(QStringLiteral("[2001:db8::1]:7373: "))) << qPrintable(text);
+              QStringLiteral("The address is not available"));
 }
 
 } // namespace
