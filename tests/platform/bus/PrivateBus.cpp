@@ -23,7 +23,9 @@ PrivateBus::PrivateBus(bool running)
         << address_
         << "</listen><auth>EXTERNAL</auth><policy context='default'>"
            "<allow send_destination='*' eavesdrop='true'/><allow eavesdrop='true'/><allow own='*'/>"
-           "</policy></busconfig>\n";
+           "</policy>"
+           // As the session buses of desktops have it.
+           "<limit name='max_replies_per_connection'>50000</limit></busconfig>\n";
     if (running)
         start();
 }

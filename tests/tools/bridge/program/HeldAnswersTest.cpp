@@ -1,0 +1,74 @@
+#include "tools/spotwell-bridge/HeldAnswers.h"
+
+#include "platform/linux/BusConnection.h"
+#include "tests/tools/bridge/program/BridgeProcess.h"
+
+namespace spotwell::bridge
+{
+
+namespace
+{
+
+/// Calls the command many times without waiting for answers.
+class Caller
+{
+public:
+    explicit Caller(SessionBus& bus) : connection_(bus, "caller") {}
+
+    void call(int times)
+    {
+        EXPECT_TRUE(waitUntil([this] { return connection_.open() && connection_.isDrained(); }));
+        for (int i = 0; i < times; ++i) {
+            EXPECT_GE(sd_bus_call_method_async(
+                          connection_.get(), nullptr, "com.tarnbrooksoftware.Application.Logwright",
+                          "/com/tarnbrooksoftware/Application", "com.tarnbrooksoftware.Scripting",
+                          "processSpot", &answered, this, "s", "DX de"),
+                      0);
+            if (i % 100 == 0)
+                connection_.process();
+        }
+    }
+    bool process() { return connection_.process(); }
+
+    QStringList errors;
+    int successes = 0;
+
+private:
+    static int answered(sd_bus_message* answer, void* userdata, sd_bus_error*)
+    {
+        auto* const self = static_cast<Caller*>(userdata);
+        if (sd_bus_message_is_method_error(answer, nullptr) > 0)
+            self->errors.append(busErrorText(answer));
+        else
+            ++self->successes;
+        return 0;
+    }
+
+    BusConnection connection_;
+};
+
+TEST_F(BridgeProcess, HoldsNoMoreThanSoManyAnswersBack)
+{
+    start({"--script-delay", "1000"});
+    Caller caller(sessionBus);
+    constexpr int most = HeldAnswers::most;
+    caller.call(most + 2);
+    const QStringList refused(2, QStringLiteral("Too many commands wait for their answer."));
+    EXPECT_TRUE(waitUntil([&] { return caller.process() && caller.errors.size() >= 2; }));
+    EXPECT_EQ(caller.errors, refused);
+    EXPECT_EQ(caller.successes, 0);
+}
+
+TEST_F(BridgeProcess, AnswersEachInItsTimeAndOrder)
+{
+    start({"--script-delay", "0.05", "--count", "500"});
+    Caller caller(sessionBus);
+    caller.call(500);
+    EXPECT_TRUE(waitUntil([&] { return caller.process() && caller.successes == 500; }));
+    EXPECT_TRUE(caller.errors.isEmpty());
+    EXPECT_EQ(bridge->wait(), 0);
+}
+
+} // namespace
+
+} // namespace spotwell::bridge
