@@ -38,13 +38,13 @@ N1mmSender::N1mmSender(Target target, LookUp lookUp, Log& log)
 void N1mmSender::send(const QByteArray& datagram, TimePoint now)
 {
     if (const QHostAddress literal(target_.host); !literal.isNull())
-        use(literal);
+        address_ = literal;
     else
         lookUpIfDue(now);
     if (address_.isNull())
         return;
-    const bool sent = socket_->writeDatagram(datagram, address_, target_.port) == datagram.size();
-    note(sent ? QString() : socket_->errorString());
+    const bool sent = socket_.writeDatagram(datagram, address_, target_.port) == datagram.size();
+    note(sent ? QString() : socket_.errorString());
 }
 
 void N1mmSender::lookUpIfDue(TimePoint now)
@@ -61,17 +61,9 @@ void N1mmSender::lookedUp(const HostLookup& lookup)
 {
     isLookingUp_ = false;
     if (!lookup.addresses.empty())
-        use(bestAddress(lookup.addresses));
+        address_ = bestAddress(lookup.addresses);
     else if (address_.isNull())
         note(lookup.error);
-}
-
-void N1mmSender::use(const QHostAddress& address)
-{
-    // A socket keeps the protocol it was first used with.
-    if (!socket_ || address.protocol() != address_.protocol())
-        socket_ = std::make_unique<QUdpSocket>();
-    address_ = address;
 }
 
 void N1mmSender::note(const QString& trouble)

@@ -11,7 +11,6 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <optional>
 
 namespace spotwell::bridge
@@ -38,7 +37,6 @@ public:
 private:
     void lookUpIfDue(TimePoint now);
     void lookedUp(const HostLookup& lookup);
-    void use(const QHostAddress& address);
     void note(const QString& trouble);
 
     const Target target_;
@@ -46,7 +44,8 @@ private:
     const LookUp lookUp_;
     Log& log_;
     QHostAddress address_;
-    std::unique_ptr<QUdpSocket> socket_;
+    /// For both protocols.
+    QUdpSocket socket_;
     std::optional<TimePoint> lastLookUp_;
     bool isLookingUp_ = false;
     bool isInTrouble_ = false;

@@ -59,7 +59,7 @@ TEST_F(BusTroubleTest, SurvivesTheBus)
 
 TEST_F(BusTroubleTest, OwesNothingOverALostBus)
 {
-    start({"--print", "--script-delay", "0.5", "--count", "1"});
+    start({"--print", "--script-delay", "1000", "--count", "1"});
     BusScriptRunner runner(sessionBus, applications, log);
     std::thread killer([this] {
         EXPECT_NE(nextLine().find("\"command\":\"processSpot\""), std::string::npos);

@@ -100,6 +100,7 @@ TEST_F(OutletsTest, TelnetClientsGetEverySpot)
             EXPECT_TRUE(client->hears("\r\n" + line + "\r\n")) << line;
     }
     bridge->signal(SIGTERM);
+    EXPECT_TRUE(first.hears("\r\n73 de SPOTWELL\r\n"));
     EXPECT_TRUE(first.hearsEnd() && second.hearsEnd());
     EXPECT_EQ(bridge->wait(), 0);
 }
