@@ -1,5 +1,7 @@
 #include "tools/spotwell-bridge/N1mmSender.h"
 
+#include <QNetworkProxy>
+
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -33,6 +35,8 @@ N1mmSender::N1mmSender(Target target, LookUp lookUp, Log& log)
       lookUp_(std::move(lookUp)),
       log_(log)
 {
+    // Proxies are for the web; asking for the system's may also take a while.
+    socket_.setProxy(QNetworkProxy::NoProxy);
 }
 
 void N1mmSender::send(const QByteArray& datagram, TimePoint now)

@@ -1,5 +1,7 @@
 #include "tools/spotwell-bridge/telnet/Listener.h"
 
+#include <QNetworkProxy>
+
 #include <cerrno>
 #include <sys/socket.h>
 #include <utility>
@@ -33,6 +35,7 @@ Listener::Listener(std::chrono::milliseconds pause, Arrived arrived, Failed fail
 QString Listener::listen(const QHostAddress& address, std::uint16_t port)
 {
     server_.setListenBacklogSize(acceptQueue);
+    server_.setProxy(QNetworkProxy::NoProxy); // none has a place before a port of one's own
     if (!server_.listen(address, port))
         return server_.errorString();
     server_.pauseAccepting();

@@ -3,6 +3,7 @@
 #include "tests/fakes/WaitUntil.h"
 #include "tests/platform/bus/SharedLog.h"
 
+#include <QNetworkProxy>
 #include <QUdpSocket>
 #include <gtest/gtest.h>
 
@@ -18,6 +19,17 @@ using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
 const N1mmSender::TimePoint start{1h};
+
+/// Takes datagrams on a loopback address.
+class Receiver : public QUdpSocket
+{
+public:
+    explicit Receiver(QHostAddress::SpecialAddress address = QHostAddress::LocalHost)
+    {
+        setProxy(QNetworkProxy::NoProxy);
+        EXPECT_TRUE(bind(QHostAddress(address), 0));
+    }
+};
 
 /// Name servers by hand: look-ups wait until the test answers them.
 class N1mmSenderTest : public testing::Test
@@ -51,8 +63,7 @@ TEST_F(N1mmSenderTest, SendsToLiteralAddresses)
 {
     for (const QHostAddress::SpecialAddress address :
          {QHostAddress::LocalHost, QHostAddress::LocalHostIPv6}) {
-        QUdpSocket receiver;
-        ASSERT_TRUE(receiver.bind(QHostAddress(address), 0));
+        Receiver receiver(address);
         N1mmSender sender = make(QHostAddress(address).toString(), receiver.localPort());
         sender.send("<spot/>", start);
         EXPECT_EQ(next(receiver), "<spot/>");
@@ -63,8 +74,7 @@ TEST_F(N1mmSenderTest, SendsToLiteralAddresses)
 
 TEST_F(N1mmSenderTest, LooksNamesUpAtMostOnceAMinute)
 {
-    QUdpSocket receiver;
-    ASSERT_TRUE(receiver.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    Receiver receiver;
     N1mmSender sender = make(u"shack.example"_s, receiver.localPort());
     EXPECT_TRUE(names.isEmpty()) << "only when there is something to send";
     sender.send("lost", start);
@@ -82,8 +92,7 @@ TEST_F(N1mmSenderTest, LooksNamesUpAtMostOnceAMinute)
 
 TEST_F(N1mmSenderTest, FollowsANameToAnotherProtocol)
 {
-    QUdpSocket receiver;
-    ASSERT_TRUE(receiver.bind(QHostAddress(QHostAddress::LocalHostIPv6), 0));
+    Receiver receiver(QHostAddress::LocalHostIPv6);
     N1mmSender sender = make(u"shack.example"_s, receiver.localPort());
     sender.send("lost", start);
     lookUps[0](found(u"127.0.0.1"_s));
@@ -96,8 +105,7 @@ TEST_F(N1mmSenderTest, FollowsANameToAnotherProtocol)
 
 TEST_F(N1mmSenderTest, PrefersIPv4)
 {
-    QUdpSocket receiver;
-    ASSERT_TRUE(receiver.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    Receiver receiver;
     N1mmSender sender = make(u"shack.example"_s, receiver.localPort());
     sender.send("lost", start);
     HostLookup both = found(u"::1"_s);
@@ -109,8 +117,7 @@ TEST_F(N1mmSenderTest, PrefersIPv4)
 
 TEST_F(N1mmSenderTest, TellsOfTroubleAndItsEndOnce)
 {
-    QUdpSocket receiver;
-    ASSERT_TRUE(receiver.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    Receiver receiver;
     const QString target = u"shack.example:%1"_s.arg(receiver.localPort());
     N1mmSender sender = make(u"shack.example"_s, receiver.localPort());
     sender.send("lost", start);
