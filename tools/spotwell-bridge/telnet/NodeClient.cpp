@@ -17,7 +17,7 @@ namespace spotwell::bridge
 namespace
 {
 
-/// Bytes read at a time. They hold at most a few dozen commands, so the other clients are not kept waiting.
+/// Bytes read at a time. They hold few commands, so the other clients are not kept waiting.
 constexpr std::size_t readSize = 256;
 
 bool triesAgain(int error)
