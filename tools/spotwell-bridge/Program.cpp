@@ -59,6 +59,7 @@ Program::Program(Options options, const Clock& clock)
       clock_(clock),
       log_(STDERR_FILENO),
       complaints_(log_),
+      nodeLog_(log_, QStringLiteral("telnet")),
       output_(STDOUT_FILENO,
               {[this] {
                    log_.line(
@@ -102,7 +103,7 @@ bool Program::start()
         return false;
     }
     if (options_.telnet) {
-        node_ = std::make_unique<SpotNode>(clock_, log_);
+        node_ = std::make_unique<SpotNode>(clock_, nodeLog_);
         const auto& [address, port] = *options_.telnet;
         const QString error = node_->listen(address, port);
         if (!error.isNull()) {

@@ -6,6 +6,7 @@
 #include "tools/spotwell-bridge/Bridge.h"
 #include "tools/spotwell-bridge/Complaints.h"
 #include "tools/spotwell-bridge/ErrorLog.h"
+#include "tools/spotwell-bridge/LimitedLog.h"
 #include "tools/spotwell-bridge/LineWriter.h"
 #include "tools/spotwell-bridge/LoggerOnBus.h"
 #include "tools/spotwell-bridge/N1mmSender.h"
@@ -61,6 +62,7 @@ private:
     const Clock& clock_;
     ErrorLog log_;
     Complaints complaints_;
+    LimitedLog nodeLog_;
     LineWriter output_;
     LastLine busWords_;
     SessionBus sessionBus_;

@@ -137,6 +137,14 @@ void NodeClient::look(std::chrono::steady_clock::time_point now)
     }
 }
 
+bool NodeClient::giveWay(std::chrono::steady_clock::time_point now)
+{
+    if (isOver() || dialogue_.isLoggedIn() || now - connected_ < setting_.limits.dallying)
+        return false;
+    drop(QStringLiteral("it gave no callsign, and others have no room"));
+    return true;
+}
+
 void NodeClient::readyToRead()
 {
     std::array<char, readSize> buffer;

@@ -51,6 +51,10 @@ public:
     /// Drops the client if one of the limits' times has run out at `now`.
     void look(std::chrono::steady_clock::time_point now);
 
+    /// Drops the client if it has taken longer over its login than it may while others have no room. Whether
+    /// it did.
+    bool giveWay(std::chrono::steady_clock::time_point now);
+
     /// The connection is closed; nothing more happens.
     [[nodiscard]] bool isOver() const { return descriptor_ < 0; }
     /// One of the limits' times is running.

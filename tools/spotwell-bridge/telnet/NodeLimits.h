@@ -19,6 +19,8 @@ struct NodeLimits {
     qsizetype bytes = 2 * 1024 * 1024;
     /// Clients at a time; further ones are turned away.
     std::size_t clients = 10'000;
+    /// One that has not logged in by then gives way to a further one.
+    std::chrono::milliseconds dallying{10'000};
     /// Bytes that the system keeps for a client that does not take them (it reserves twice as much, its own
     /// bookkeeping included). Far more than a client needs that listens, and with the system's own limit of
     /// several megabytes a client that does not would go unnoticed for hours.

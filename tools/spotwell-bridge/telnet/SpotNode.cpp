@@ -9,6 +9,7 @@
 
 #include <QTimer>
 
+#include <algorithm>
 #include <list>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -41,6 +42,7 @@ public:
 
 private:
     void arrived(int descriptor);
+    bool makeRoom();
     void turnAway(int descriptor);
     void acceptFailed(const QString& reason);
     void clientChanged(const NodeClient& client);
@@ -96,13 +98,21 @@ void SpotNode::Implementation::stop()
 
 void SpotNode::Implementation::arrived(int descriptor)
 {
-    if (clients_.size() >= mostClients_) {
+    if (clients_.size() >= mostClients_ && !makeRoom()) {
         turnAway(descriptor);
         return;
     }
     full_ = false;
     clients_.emplace_back(descriptor, setting_, [this](const NodeClient& client) { clientChanged(client); });
     clients_.back().start();
+}
+
+/// Drops the client that has been silent longest, if one has been for long enough.
+bool SpotNode::Implementation::makeRoom()
+{
+    const auto now = monotonic_();
+    return std::any_of(clients_.begin(), clients_.end(),
+                       [now](NodeClient& client) { return client.giveWay(now); });
 }
 
 void SpotNode::Implementation::turnAway(int descriptor)

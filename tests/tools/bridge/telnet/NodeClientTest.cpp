@@ -27,6 +27,7 @@ TEST(NodeLimits, areThese)
     EXPECT_EQ(limits.lines, 10'000U);
     EXPECT_EQ(limits.bytes, 2'097'152);
     EXPECT_EQ(limits.clients, 10'000U);
+    EXPECT_EQ(limits.dallying, 10s);
     EXPECT_EQ(limits.sendBuffer, 131'072);
     EXPECT_EQ(limits.taking, 60s);
     EXPECT_EQ(limits.login, 300s);

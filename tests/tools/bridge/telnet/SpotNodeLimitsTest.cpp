@@ -305,6 +305,31 @@ TEST_F(SpotNodeLimitsTest, turnsAwayClientsForWhomThereIsNoRoom)
     EXPECT_EQ(log_.lines.filter(QStringLiteral("turned away")).size(), 2);
 }
 
+TEST_F(SpotNodeLimitsTest, hasRoomInPlaceOfWhoDoesNotLogIn)
+{
+    limits_.clients = 3;
+    listens();
+    TelnetClient& member = logsIn("K1A");
+    TelnetClient& early = connects();
+    early.hears("login: ");
+    now_ += 1s;
+    TelnetClient& late = connects();
+    late.hears("login: ");
+
+    now_ += limits_.dallying - 1s - 1ms;
+    connects().hears("Sorry, there is no room for a further client. 73 de SPOTWELL\r\n");
+    now_ += 1ms;
+    TelnetClient& further = logsIn("K2B");
+    early.isReset();
+    logs(QStringLiteral(
+        "telnet: dropped a client from 127.0.0.1: it gave no callsign, and others have no room"));
+    connects().hears("Sorry, ");
+    late.logsIn("K3C");
+    now_ += limits_.dallying;
+    connects().hears("Sorry, ");
+    sends(1, 3, {&member, &further, &late});
+}
+
 TEST_F(SpotNodeLimitsTest, acceptsAgainWhenTheSystemHasRoomAgain)
 {
     limits_.acceptPause = 2ms;
