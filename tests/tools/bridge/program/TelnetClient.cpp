@@ -11,8 +11,11 @@
 namespace spotwell::bridge
 {
 
-TelnetClient::TelnetClient(std::uint16_t port) : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+TelnetClient::TelnetClient(std::uint16_t port, int receiveBuffer)
+    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
+    if (receiveBuffer > 0)
+        (void)::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -42,11 +45,25 @@ bool TelnetClient::logIn()
 
 bool TelnetClient::hears(const std::string& text)
 {
-    while (heard_.find(text) == std::string::npos) {
+    std::size_t from = 0;
+    while (heard_.find(text, from) == std::string::npos) {
+        // What was searched holds the beginning of it at most.
+        from = heard_.size() < text.size() ? 0 : heard_.size() - text.size() + 1;
         if (hearMore() != Step::more)
             return false;
     }
     return true;
+}
+
+bool TelnetClient::hearsExactly(std::string_view text)
+{
+    while (heard_.size() < text.size()) {
+        if (hearMore() != Step::more)
+            return false;
+    }
+    const bool same = heard_.compare(0, text.size(), text) == 0;
+    heard_.erase(0, text.size());
+    return same;
 }
 
 bool TelnetClient::hearsEnd()
@@ -63,7 +80,7 @@ TelnetClient::Step TelnetClient::hearMore()
     pollfd entry{socket_, POLLIN, 0};
     if (::poll(&entry, 1, patience) <= 0)
         return Step::nothing;
-    std::array<char, 4096> bytes{};
+    std::array<char, 65536> bytes;
     const ssize_t count = ::recv(socket_, bytes.data(), bytes.size(), 0);
     if (count <= 0)
         return Step::end;

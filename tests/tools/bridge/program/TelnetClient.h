@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace spotwell::bridge
 {
@@ -10,7 +12,8 @@ namespace spotwell::bridge
 class TelnetClient
 {
 public:
-    explicit TelnetClient(std::uint16_t port);
+    /// `receiveBuffer` above 0 makes the system keep no more than about that many unread bytes.
+    explicit TelnetClient(std::uint16_t port, int receiveBuffer = 0);
     ~TelnetClient();
     TelnetClient(const TelnetClient&) = delete;
     TelnetClient& operator=(const TelnetClient&) = delete;
@@ -22,7 +25,10 @@ public:
     bool hears(const std::string& text);
     /// Hears until the node ends the connection; false when it does not.
     bool hearsEnd();
+    /// Hears as many bytes as `text` has; whether they are the same. What was heard before must be taken.
+    bool hearsExactly(std::string_view text);
     [[nodiscard]] const std::string& heard() const { return heard_; }
+    std::string takeHeard() { return std::exchange(heard_, {}); }
 
 private:
     enum class Step { more, end, nothing };
