@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/end-to-end/ProcessFigures.h"
+#include "bench/ProcessFigures.h"
 
 #include <QString>
 

@@ -1,14 +1,13 @@
 #include "bench/end-to-end/Summary.h"
 
-#include <QFile>
+#include "bench/Report.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSysInfo>
 
 #include <algorithm>
 #include <functional>
-#include <thread>
 
 namespace spotwell::bench
 {
@@ -22,25 +21,6 @@ constexpr double kibPerMib = 1024;
 
 using Figure = std::function<double(const RunFigures&)>;
 
-QString processorModel()
-{
-    QFile file(QStringLiteral("/proc/cpuinfo"));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        if (line.startsWith("model name"))
-            return QString::fromUtf8(line.mid(line.indexOf(':') + 1).trimmed());
-    }
-    return {};
-}
-
-QString machine()
-{
-    return QStringLiteral("%1 x %2, Linux %3")
-        .arg(std::thread::hardware_concurrency())
-        .arg(processorModel(), QSysInfo::kernelVersion());
-}
-
 double perLine(const CpuFigures& cpu, const RunFigures& run)
 {
     return run.received > 0 ? cpu.seconds * microsecondsPerSecond / run.received : 0;
@@ -51,16 +31,6 @@ std::vector<double> each(const std::vector<RunFigures>& runs, const Figure& figu
     std::vector<double> values;
     std::transform(runs.begin(), runs.end(), std::back_inserter(values), figure);
     return values;
-}
-
-QString inTable(const std::vector<double>& values, int decimals)
-{
-    const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
-    const QString shown = QString::number(median(values), 'f', decimals);
-    if (values.size() < 2)
-        return shown;
-    return QStringLiteral("%1 (%2 to %3)")
-        .arg(shown, QString::number(*least, 'f', decimals), QString::number(*greatest, 'f', decimals));
 }
 
 QJsonObject json(const CpuFigures& cpu)
@@ -101,21 +71,6 @@ QJsonObject json(const RunFigures& run)
 }
 
 } // namespace
-
-double quantile(std::vector<double> values, double share)
-{
-    if (values.empty())
-        return 0;
-    const auto last = static_cast<double>(values.size() - 1);
-    const auto at = values.begin() + static_cast<std::ptrdiff_t>(last * share + 0.5);
-    std::nth_element(values.begin(), at, values.end());
-    return *at;
-}
-
-double median(std::vector<double> values)
-{
-    return quantile(std::move(values), 0.5);
-}
 
 QString Summary::table() const
 {

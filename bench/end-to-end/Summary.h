@@ -11,11 +11,6 @@
 namespace spotwell::bench
 {
 
-/// The value that half of `values` do not exceed; 0 for none.
-[[nodiscard]] double median(std::vector<double> values);
-/// The value that the `share` (0 to 1) of `values` do not exceed; 0 for none.
-[[nodiscard]] double quantile(std::vector<double> values, double share);
-
 /// All runs that were made.
 struct Summary {
     /// By rate.

@@ -23,12 +23,16 @@ struct MemoryFigures {
     qint64 proportional = 0;
 };
 
-// All read from /proc; a process that is gone gives zeros.
+// All but the exact time read from /proc; a process that is gone gives zeros.
 
 [[nodiscard]] CpuFigures cpuOf(qint64 process);
 /// What was used between the two.
 [[nodiscard]] CpuFigures operator-(const CpuFigures& later, const CpuFigures& earlier);
+/// The first figure of cpuOf() alone, not rounded to the ticks of a 100th of a second.
+[[nodiscard]] double cpuSecondsOf(qint64 process);
 [[nodiscard]] MemoryFigures memoryOf(qint64 process);
+/// What is resident now, in KiB.
+[[nodiscard]] qint64 residentOf(qint64 process);
 /// How often each present thread has gone to sleep, and so was woken, by the thread's folder in /proc.
 struct ThreadWakeUps : std::map<QString, qint64> {
 };

@@ -1,9 +1,10 @@
-#include "bench/end-to-end/ProcessFigures.h"
+#include "bench/ProcessFigures.h"
 
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
 
+#include <ctime>
 #include <unistd.h>
 
 namespace spotwell::bench
@@ -80,10 +81,24 @@ CpuFigures operator-(const CpuFigures& later, const CpuFigures& earlier)
     return used;
 }
 
+double cpuSecondsOf(qint64 process)
+{
+    clockid_t clock{};
+    timespec time{};
+    if (::clock_getcpuclockid(static_cast<pid_t>(process), &clock) != 0 || ::clock_gettime(clock, &time) != 0)
+        return 0;
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
 MemoryFigures memoryOf(qint64 process)
 {
     return {numberBehind("VmHWM", contents(folderOf(process) + QStringLiteral("/status"))),
             numberBehind("Pss", contents(folderOf(process) + QStringLiteral("/smaps_rollup")))};
+}
+
+qint64 residentOf(qint64 process)
+{
+    return numberBehind("VmRSS", contents(folderOf(process) + QStringLiteral("/status")));
 }
 
 ThreadWakeUps wakeUpsOf(qint64 process)
