@@ -5,7 +5,6 @@
 #include "tools/spotwell-bridge/JsonReport.h"
 
 #include <QCoreApplication>
-#include <systemd/sd-daemon.h>
 
 #include <system_error>
 #include <unistd.h>
@@ -29,21 +28,15 @@ constexpr auto outputEnding = 500ms;
 
 const QString nameText = QString::fromLatin1(loggerBusName);
 
-/// Tells the service manager, when there is one.
-void tellManager(const QString& state)
-{
-    (void)::sd_notify(0, state.toUtf8().constData());
-}
-
 QString statusOf(Standing standing)
 {
     switch (standing) {
     case Standing::owner:
-        return QStringLiteral("STATUS=Receiving spots");
+        return QStringLiteral("Receiving spots");
     case Standing::queued:
-        return QStringLiteral("STATUS=Receiving spots; another logger has the bus name");
+        return QStringLiteral("Receiving spots; another logger has the bus name");
     default:
-        return QStringLiteral("STATUS=Waiting for the session bus");
+        return QStringLiteral("Waiting for the session bus");
     }
 }
 
@@ -58,6 +51,7 @@ Program::Program(Options options, const Clock& clock)
     : options_(std::move(options)),
       clock_(clock),
       log_(STDERR_FILENO),
+      manager_(qgetenv("NOTIFY_SOCKET")),
       complaints_(log_),
       nodeLog_(log_, QStringLiteral("telnet")),
       output_(STDOUT_FILENO,
@@ -143,7 +137,7 @@ void Program::standingChanged(Standing standing)
         return fail(QStringLiteral("the session bus refuses the name %1").arg(nameText));
     if (standing == Standing::gone && !wasReady_)
         return fail(busReason());
-    tellManager(statusOf(standing));
+    manager_.status(statusOf(standing));
     if (standing == Standing::gone) {
         log_.line(QStringLiteral("the session bus is gone"));
         return endIfDone(); // nobody is owed an answer any more
@@ -169,7 +163,7 @@ void Program::becomeReady(bool queued)
         return;
     if (handsNothingOn)
         log_.line(QStringLiteral("hands nothing on; spotwell-bridge --help shows how it does"));
-    tellManager(QStringLiteral("READY=1"));
+    manager_.ready();
 }
 
 void Program::notificationArrived(const Notification& notification)
@@ -245,7 +239,7 @@ QString Program::busReason() const
 
 void Program::finish()
 {
-    tellManager(QStringLiteral("STOPPING=1\nSTATUS=Ending"));
+    manager_.stopping();
     if (node_)
         node_->stop();
     logger_.stop(busEnding);

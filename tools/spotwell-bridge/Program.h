@@ -11,6 +11,7 @@
 #include "tools/spotwell-bridge/LoggerOnBus.h"
 #include "tools/spotwell-bridge/N1mmSender.h"
 #include "tools/spotwell-bridge/Options.h"
+#include "tools/spotwell-bridge/ServiceManager.h"
 #include "tools/spotwell-bridge/telnet/SpotNode.h"
 
 #include <QString>
@@ -61,6 +62,7 @@ private:
     const Options options_;
     const Clock& clock_;
     ErrorLog log_;
+    ServiceManager manager_;
     Complaints complaints_;
     LimitedLog nodeLog_;
     LineWriter output_;

@@ -1,4 +1,5 @@
 #include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/Manager.h"
 #include "tests/tools/bridge/program/TelnetClient.h"
 
 #include <QFile>
@@ -6,12 +7,7 @@
 #include <QSet>
 #include <QTemporaryDir>
 
-#include <array>
 #include <csignal>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace spotwell::bridge
 {
@@ -21,38 +17,6 @@ namespace
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
-
-/// A service manager's ear.
-class Manager
-{
-public:
-    Manager() : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        path().copy(address.sun_path, sizeof address.sun_path - 1);
-        EXPECT_EQ(::bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    }
-    ~Manager() { ::close(socket_); }
-    Manager(const Manager&) = delete;
-    Manager& operator=(const Manager&) = delete;
-
-    [[nodiscard]] std::string path() const { return folder_.filePath(u"notify"_s).toStdString(); }
-    /// What it is told next; empty when nothing comes within `patience`.
-    std::string next(int patience = 20'000)
-    {
-        pollfd entry{socket_, POLLIN, 0};
-        std::array<char, 1000> bytes{};
-        if (::poll(&entry, 1, patience) <= 0)
-            return {};
-        const ssize_t count = ::recv(socket_, bytes.data(), bytes.size(), 0);
-        return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
-    }
-
-private:
-    QTemporaryDir folder_;
-    int socket_;
-};
 
 /// All that a command prints, its complaints included; it must end with 0.
 QString outputOf(const std::vector<std::string>& command)
@@ -88,7 +52,7 @@ protected:
     void startUnder(const Manager& manager)
     {
         bridge.emplace(command({"--telnet", "127.0.0.1:0"}),
-                       std::vector{bus.environment(), "NOTIFY_SOCKET=" + manager.path()}, true);
+                       std::vector{bus.environment(), "NOTIFY_SOCKET=" + manager.address()}, true);
     }
 };
 
@@ -133,6 +97,25 @@ TEST_F(ServiceTest, ItIsNotReadyWhileTheBusHangs)
     bus.resume();
     EXPECT_EQ(manager.next(), "STATUS=Receiving spots");
     EXPECT_EQ(manager.next(), "READY=1");
+}
+
+TEST_F(ServiceTest, AManagerThatDoesNotReadFreezesNothing)
+{
+    Manager manager;
+    const int count = manager.fill();
+    startUnder(manager);
+    const std::string listening = nextLine();
+    EXPECT_EQ(nextLine(), "spotwell-bridge: receiving spots");
+    TelnetClient client(static_cast<std::uint16_t>(std::stoi(listening.substr(listening.rfind(':') + 1))));
+    EXPECT_TRUE(client.logIn());
+    for (int i = 0; i < count; ++i)
+        EXPECT_EQ(manager.next(), "x");
+    EXPECT_EQ(manager.next(), "READY=1") << "told again";
+    manager.fill();
+    const auto begin = std::chrono::steady_clock::now();
+    bridge->signal(SIGTERM);
+    EXPECT_EQ(bridge->wait(), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
 }
 
 TEST_F(ServiceTest, WhatIsInstalledRuns)
