@@ -124,7 +124,7 @@ TEST_F(LoadTest, NinetyNineClientsGetEveryLineWhileOneDoesNotRead)
         EXPECT_LT(left, spots);
     } else {
         std::string word = nextLine();
-        while (word.find(" logged in") != std::string::npos || word.find("{\"ready\"") == 0)
+        while (!word.empty() && word.find(" dropped ") == std::string::npos)
             word = nextLine();
         EXPECT_EQ(word, "spotwell-bridge: telnet: dropped N0CALL from 127.0.0.1: it took nothing for 60 s");
     }
