@@ -1,8 +1,5 @@
 #include "bench/bridge/Forwarder.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-
 #include <stdexcept>
 
 namespace spotwell::bench
@@ -12,12 +9,14 @@ Forwarder::Forwarder(const QString& program, const QStringList& arguments)
 {
     desktop_.startBus();
     process_.setProcessEnvironment(desktop_.environment());
-    process_.setStandardErrorFile(QProcess::nullDevice());
+    process_.setProcessChannelMode(QProcess::MergedChannels);
     process_.start(program, arguments);
-    const QString place =
-        QJsonDocument::fromJson(lineOf(process_)).object().value(QStringLiteral("telnet")).toString();
-    port_ = place.section(QLatin1Char(':'), -1).toUShort();
-    if (port_ == 0)
+    QByteArray line = lineOf(process_);
+    for (; !line.isEmpty() && !line.endsWith("receiving spots"); line = lineOf(process_)) {
+        if (line.contains("listening on "))
+            port_ = line.mid(line.lastIndexOf(':') + 1).toUShort();
+    }
+    if (line.isEmpty() || port_ == 0)
         throw std::runtime_error(program.toStdString() + " does not start");
 }
 

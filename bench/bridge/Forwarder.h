@@ -16,7 +16,8 @@ namespace spotwell::bench
 class Forwarder
 {
 public:
-    /// Returns when it has said where it listens; throws std::runtime_error when it does not.
+    /// Returns when it has said where it listens and that it receives; throws std::runtime_error when it does
+    /// not.
     Forwarder(const QString& program, const QStringList& arguments);
     ~Forwarder();
     Forwarder(const Forwarder&) = delete;

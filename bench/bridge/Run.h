@@ -13,7 +13,7 @@
 namespace spotwell::bench
 {
 
-/// A program that prints where it listens.
+/// A program that says where it listens.
 struct Command {
     QString program;
     QStringList arguments;

@@ -1,6 +1,6 @@
 // The floor of handing spots from the session bus to telnet clients: one sd-bus connection, a socket for each
 // client, and nothing between them. Keeps nothing, looks at nothing a client says but its callsign, and takes
-// it that all clients have logged in before the first spot. Prints where it listens, as spotwell-bridge does.
+// it that all clients have logged in before the first spot. Says where it listens, as spotwell-bridge does.
 
 #include "platform/linux/BusConnection.h"
 
@@ -126,7 +126,8 @@ int main()
         ::listen(listener, 128) != 0 ||
         ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0)
         return 1;
-    std::printf("{\"telnet\":\"127.0.0.1:%u\"}\n", static_cast<unsigned>(ntohs(address.sin_port)));
+    std::printf("listening on 127.0.0.1:%u\nreceiving spots\n",
+                static_cast<unsigned>(ntohs(address.sin_port)));
     std::fflush(stdout);
 
     // Until a signal ends it.
