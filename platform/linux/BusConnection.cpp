@@ -97,14 +97,15 @@ void BusConnection::noteAccepted()
     sessionBus_.accepted(id);
 }
 
-bool BusConnection::process(int most)
+bool BusConnection::process(int most, Deadline until)
 {
-    for (int steps = 0; steps < most; ++steps) {
-        const Step result = step();
-        if (result != Step::progress)
-            return result == Step::nothing;
+    Step result = Step::progress;
+    for (int steps = 0; steps < most && result == Step::progress; ++steps) {
+        if (steps > 0 && until != Deadline::max() && Clock::now() >= until)
+            break;
+        result = step();
     }
-    return true;
+    return result != Step::lost;
 }
 
 BusConnection::Interest BusConnection::interest() const

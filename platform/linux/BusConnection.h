@@ -72,9 +72,9 @@ public:
     [[nodiscard]] unsigned generation() const { return generation_; }
     /// Whether the bus has accepted the connection and everything sent so far has left.
     [[nodiscard]] bool isDrained() const;
-    /// Takes in what has arrived, at most `most` messages of it, without waiting. False when there is no
-    /// connection (any more).
-    bool process(int most = maxMessagesAtOnce);
+    /// Takes in what has arrived, at most `most` messages of it, and none but the first after `until`,
+    /// without waiting. False when there is no connection (any more).
+    bool process(int most = maxMessagesAtOnce, Deadline until = Deadline::max());
     /// What to wait for before the next process(), for an event loop that drives the connection. Nothing
     /// when there is no connection. Changes with everything that is sent and taken in.
     [[nodiscard]] Interest interest() const;

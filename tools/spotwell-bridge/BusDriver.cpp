@@ -11,8 +11,9 @@ namespace
 
 using namespace std::chrono_literals;
 
-/// How many messages are taken in before sockets and timers get their turn.
+/// How many messages are taken in, and for how long, before sockets and timers get their turn.
 constexpr int messagesAtOnce = 64;
+constexpr auto longestTurn = 10ms;
 constexpr auto retryInterval = 1s;
 
 } // namespace
@@ -48,7 +49,7 @@ void BusDriver::stop()
 
 void BusDriver::turn()
 {
-    if (connection_.process(messagesAtOnce))
+    if (connection_.process(messagesAtOnce, Alarm::Clock::now() + longestTurn))
         return arm();
     disarm();
     again_.set(Alarm::Clock::now() + retryInterval);

@@ -12,13 +12,12 @@ namespace spotwell::bridge
 namespace
 {
 
-constexpr const char* errorName = "com.tarnbrooksoftware.Scripting.Error.Failed";
 constexpr const char* tooMany = "Too many commands wait for their answer.";
 constexpr const char* ending = "The logger is ending.";
 
 BusMessage makeError(sd_bus_message* call, const char* text)
 {
-    const sd_bus_error error = SD_BUS_ERROR_MAKE_CONST(errorName, text);
+    const sd_bus_error error = SD_BUS_ERROR_MAKE_CONST(commandErrorName, text);
     sd_bus_message* made = nullptr;
     sd_bus_message_new_method_error(call, &made, &error);
     return BusMessage(made);

@@ -14,6 +14,9 @@
 namespace spotwell::bridge
 {
 
+/// The D-Bus name of each error that answers the command processSpot.
+inline constexpr const char* commandErrorName = "com.tarnbrooksoftware.Scripting.Error.Failed";
+
 /// How the command processSpot is answered.
 struct AnswerRule {
     /// The error's text; absent for success.

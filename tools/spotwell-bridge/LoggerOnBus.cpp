@@ -4,6 +4,7 @@
 #include "tools/spotwell-bridge/NotificationReader.h"
 
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -160,14 +161,20 @@ int LoggerOnBus::notificationArrived(sd_bus_message* signal, void* userdata, sd_
     return 0;
 }
 
-int LoggerOnBus::processSpot(sd_bus_message* call, void* userdata, sd_bus_error*)
+int LoggerOnBus::processSpot(sd_bus_message* call, void* userdata, sd_bus_error* error)
 {
     auto* const self = static_cast<LoggerOnBus*>(userdata);
     const char* text = nullptr;
     if (const int result = sd_bus_message_read(call, "s", &text); result < 0)
         return result;
+    const std::size_t length = std::strlen(text);
+    if (length > maxBusTextBytes) {
+        if (!self->stopping_)
+            self->listener_.commandRefused();
+        return sd_bus_error_set(error, commandErrorName, "The line is too long.");
+    }
     if (!self->stopping_)
-        self->listener_.commandArrived(QString::fromUtf8(text));
+        self->listener_.commandArrived(QString::fromUtf8(text, static_cast<qsizetype>(length)));
     const int result = self->answers_.answer(call);
     if (!self->stopping_)
         self->listener_.answersChanged();

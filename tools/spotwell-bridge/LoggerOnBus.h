@@ -48,6 +48,8 @@ public:
     virtual void notificationLeftOut() = 0;
     /// The command processSpot; it is answered, or its answer held back, after this.
     virtual void commandArrived(const QString& text) = 0;
+    /// The command's text was longer than spotwell puts on the bus; the caller is told.
+    virtual void commandRefused() = 0;
     /// An answer was sent or is held back now.
     virtual void answersChanged() = 0;
 };
@@ -77,7 +79,7 @@ private:
     static int nameAcquired(sd_bus_message*, void* userdata, sd_bus_error*);
     static int nameLost(sd_bus_message*, void* userdata, sd_bus_error*);
     static int notificationArrived(sd_bus_message* signal, void* userdata, sd_bus_error*);
-    static int processSpot(sd_bus_message* call, void* userdata, sd_bus_error*);
+    static int processSpot(sd_bus_message* call, void* userdata, sd_bus_error* error);
     static int getProperty(sd_bus*, const char*, const char*, const char* property, sd_bus_message* reply,
                            void* userdata, sd_bus_error*);
     static const sd_bus_vtable application[];

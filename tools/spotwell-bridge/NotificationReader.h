@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/BusText.h"
 #include "tools/spotwell-bridge/Notification.h"
 
 #include <systemd/sd-bus.h>
@@ -11,9 +12,12 @@ namespace spotwell::bridge
 
 /// The most entries of a dictionary; the interface knows thirteen.
 inline constexpr std::size_t mostEntries = 1000;
+/// The most that all texts of a notification come to, in bytes of UTF-8.
+inline constexpr std::size_t mostTextBytes = 2 * maxBusTextBytes;
 
 /// Reads the signal that carries a notification. Absent when it has another shape, more than `mostEntries`
-/// entries, or a text longer than spotwell puts on the bus.
+/// entries, a text longer than spotwell puts on the bus, or more than `mostTextBytes` of texts. A value of
+/// another type may be of any kind, but all of these together may have no more than `mostEntries` parts.
 [[nodiscard]] std::optional<Notification> readNotification(sd_bus_message* signal);
 
 } // namespace spotwell::bridge

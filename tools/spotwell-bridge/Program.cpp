@@ -194,6 +194,11 @@ void Program::commandArrived(const QString& text)
     ++received_;
 }
 
+void Program::commandRefused()
+{
+    complaints_.complain(QStringLiteral("a command with a line that is too long was refused"));
+}
+
 void Program::answersChanged()
 {
     endIfDone();

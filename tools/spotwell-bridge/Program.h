@@ -45,6 +45,7 @@ private:
     void notificationArrived(const Notification& notification) override;
     void notificationLeftOut() override;
     void commandArrived(const QString& text) override;
+    void commandRefused() override;
     void answersChanged() override;
 
     bool start();

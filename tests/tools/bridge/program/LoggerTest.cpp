@@ -97,8 +97,7 @@ TEST_F(LoggerTest, LeavesOutNotificationsOfAnotherShape)
     emitBadly({"s", name});
     EXPECT_EQ(nextLine(), "spotwell-bridge: a notification of another shape was left out");
     emitBadly({"ssa{ss}", name, "string object", "1", "line", "x"});
-    // Too many entries, and too long a text.
-    UserInfo tooMany(1001, {u"key"_s, u"value"_s});
+    const UserInfo tooMany(1001, {u"key"_s, u"value"_s});
     center.post(u"com.tarnbrooksoftware.spotwell_line"_s, u"string object"_s, tooMany);
     EXPECT_EQ(nextLine(), "spotwell-bridge: a notification of another shape was left out (2 more)");
     emitBadly({"ssa{sv}", name, "string object", "2", "line", "s", "x", "odd", "i", "5"});

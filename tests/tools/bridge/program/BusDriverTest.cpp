@@ -1,0 +1,58 @@
+#include "tools/spotwell-bridge/BusDriver.h"
+
+#include "tests/fakes/WaitUntil.h"
+#include "tests/platform/bus/PrivateBus.h"
+#include "tests/platform/bus/SharedLog.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace spotwell::bridge
+{
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+/// Takes a signal in, which takes longer than a turn may.
+int takeSlowly(sd_bus_message*, void* userdata, sd_bus_error*)
+{
+    const auto end = std::chrono::steady_clock::now() + 20ms;
+    while (std::chrono::steady_clock::now() < end) {
+    }
+    ++*static_cast<int*>(userdata);
+    return 0;
+}
+
+TEST(BusDriver, LeavesTimeForOthers)
+{
+    constexpr int count = 20;
+    const PrivateBus bus;
+    SharedLog log;
+    SessionBus sessionBus(log, bus.address());
+    BusConnection connection(sessionBus, "test");
+    int taken = 0;
+    const auto begun = [&] {
+        sd_bus_match_signal_async(connection.get(), nullptr, nullptr, "/a", "a.b", "C", &takeSlowly, nullptr,
+                                  &taken);
+        for (int i = 0; i < count; ++i)
+            sd_bus_emit_signal(connection.get(), "/a", "a.b", "C", "");
+    };
+    BusDriver driver(connection, {begun, [] {}});
+    ASSERT_TRUE(driver.start());
+    int most = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        const int before = taken;
+        QCoreApplication::processEvents();
+        most = std::max(most, taken - before);
+        return taken == count;
+    }));
+    EXPECT_LE(most, 2) << "the descriptor and the clock may each give it a turn";
+    driver.stop();
+}
+
+} // namespace
+
+} // namespace spotwell::bridge
