@@ -53,7 +53,7 @@ int HeldAnswers::answer(sd_bus_message* call)
 
 void HeldAnswers::refuseAll()
 {
-    refusing_ = true;
+    refuseFurther();
     for (const Held& held : held_)
         (void)send(held.refusal);
     forget();

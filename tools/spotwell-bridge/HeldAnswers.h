@@ -38,7 +38,9 @@ public:
 
     /// Answers `call`, now or later. Negative, an errno, when that is impossible.
     int answer(sd_bus_message* call);
-    /// Answers everything held back with an error, and from now on every call.
+    /// Answers every further call with an error.
+    void refuseFurther() { refusing_ = true; }
+    /// Answers everything held back with an error, too.
     void refuseAll();
     /// Drops everything held back, for nobody can be answered any more.
     void forget();

@@ -30,11 +30,14 @@ constexpr const char* lineRule = "type='signal',path='/com/tarnbrooksoftware/Dis
 constexpr std::uint32_t primaryOwner = 1;
 constexpr std::uint32_t inQueue = 2;
 
-/// Whether a signal of the bus is about the logger's name; it also sends those about the connection's own.
+/// Whether a signal is the bus's own and about the logger's name. The bus also sends those about the
+/// connection's own name, and whoever else sends one to this connection gets past the match.
 bool isAboutName(sd_bus_message* signal)
 {
+    const char* const sender = sd_bus_message_get_sender(signal);
     const char* name = nullptr;
-    return sd_bus_message_read(signal, "s", &name) > 0 && name == std::string_view(loggerBusName);
+    return sender != nullptr && sender == std::string_view(busName) &&
+           sd_bus_message_read(signal, "s", &name) > 0 && name == std::string_view(loggerBusName);
 }
 
 } // namespace
@@ -79,8 +82,15 @@ bool LoggerOnBus::start()
     return driver_.start();
 }
 
+void LoggerOnBus::takeNoMore()
+{
+    taking_ = false;
+    answers_.refuseFurther();
+}
+
 void LoggerOnBus::stop(std::chrono::milliseconds limit)
 {
+    takeNoMore();
     stopping_ = true;
     driver_.stop();
     if (connection_.get() == nullptr)
@@ -152,7 +162,7 @@ int LoggerOnBus::nameLost(sd_bus_message* signal, void* userdata, sd_bus_error*)
 int LoggerOnBus::notificationArrived(sd_bus_message* signal, void* userdata, sd_bus_error*)
 {
     auto* const self = static_cast<LoggerOnBus*>(userdata);
-    if (self->stopping_)
+    if (!self->taking_)
         return 0;
     if (const auto notification = readNotification(signal))
         self->listener_.notificationArrived(*notification);
@@ -168,12 +178,11 @@ int LoggerOnBus::processSpot(sd_bus_message* call, void* userdata, sd_bus_error*
     if (const int result = sd_bus_message_read(call, "s", &text); result < 0)
         return result;
     const std::size_t length = std::strlen(text);
-    if (length > maxBusTextBytes) {
-        if (!self->stopping_)
-            self->listener_.commandRefused();
+    if (self->taking_ && length > maxBusTextBytes) {
+        self->listener_.commandRefused();
         return sd_bus_error_set(error, commandErrorName, "The line is too long.");
     }
-    if (!self->stopping_)
+    if (self->taking_)
         self->listener_.commandArrived(QString::fromUtf8(text, static_cast<qsizetype>(length)));
     const int result = self->answers_.answer(call);
     if (!self->stopping_)

@@ -65,6 +65,9 @@ public:
 
     /// Begins; false, and nothing more happens, when there is no session bus.
     bool start();
+    /// The listener is told of no further notification or command; commands are refused. What is held back is
+    /// still answered.
+    void takeNoMore();
     /// Answers what is held back with an error, gives the name back and leaves the bus. Waits at most `limit`
     /// until the bus has taken all that in. The listener hears nothing more.
     void stop(std::chrono::milliseconds limit);
@@ -93,6 +96,7 @@ private:
     BusConnection connection_;
     BusDriver driver_;
     std::optional<Standing> standing_;
+    bool taking_ = true;
     bool stopping_ = false;
 };
 

@@ -64,6 +64,7 @@ Program::Program(Options options, const Clock& clock)
                },
                [this](int error) { outputFailed(error); }}),
       sessionBus_(busWords_),
+      report_([this](std::optional<Standing> before, Standing standing) { tellStanding(before, standing); }),
       logger_(sessionBus_, options_.identity, options_.answers, *this),
       bridge_(outlets(), complaints_)
 {
@@ -132,23 +133,28 @@ void Program::sendLine(const QString& line)
 
 void Program::standingChanged(Standing standing)
 {
-    const auto before = std::exchange(standing_, standing);
+    const bool isFirst = !std::exchange(standing_, standing);
     if (standing == Standing::refused)
         return fail(QStringLiteral("the session bus refuses the name %1").arg(nameText));
-    if (standing == Standing::gone && !wasReady_)
+    if (standing == Standing::gone && isFirst)
         return fail(busReason());
+    report_.change(standing);
+    if (standing == Standing::gone)
+        endIfDone(); // nobody is owed an answer any more
+}
+
+void Program::tellStanding(std::optional<Standing> before, Standing standing)
+{
     manager_.status(statusOf(standing));
-    if (standing == Standing::gone) {
-        log_.line(QStringLiteral("the session bus is gone"));
-        return endIfDone(); // nobody is owed an answer any more
-    }
+    if (standing == Standing::gone)
+        return log_.line(QStringLiteral("the session bus is gone"));
     if (before == Standing::gone)
         log_.line(QStringLiteral("the session bus is back"));
     if (standing == Standing::queued)
         log_.line(QStringLiteral("another logger has the name %1, waiting for it").arg(nameText));
     else if (before == Standing::queued)
         log_.line(QStringLiteral("the name %1 is free now and taken").arg(nameText));
-    if (!std::exchange(wasReady_, true))
+    if (!before)
         becomeReady(standing == Standing::queued);
 }
 
@@ -220,7 +226,10 @@ void Program::outputFailed(int error)
 
 void Program::endIfDone()
 {
-    if (options_.count && received_ >= *options_.count && !logger_.owesAnswers())
+    if (!options_.count || received_ < *options_.count)
+        return;
+    logger_.takeNoMore();
+    if (!logger_.owesAnswers())
         end(0);
 }
 

@@ -12,6 +12,7 @@
 #include "tools/spotwell-bridge/N1mmSender.h"
 #include "tools/spotwell-bridge/Options.h"
 #include "tools/spotwell-bridge/ServiceManager.h"
+#include "tools/spotwell-bridge/StandingReport.h"
 #include "tools/spotwell-bridge/telnet/SpotNode.h"
 
 #include <QString>
@@ -49,6 +50,7 @@ private:
     void answersChanged() override;
 
     bool start();
+    void tellStanding(std::optional<Standing> before, Standing standing);
     Outlets outlets();
     void sendLine(const QString& line);
     void becomeReady(bool queued);
@@ -74,12 +76,12 @@ private:
     const std::shared_ptr<int> senderIsAlive_ = std::make_shared<int>();
     std::unique_ptr<N1mmSender> sender_;
     std::unique_ptr<SpotNode> node_;
+    StandingReport report_;
     LoggerOnBus logger_;
     Bridge bridge_;
     /// Where telnet clients are served; empty when they are not.
     QString listening_;
     std::optional<Standing> standing_;
-    bool wasReady_ = false;
     bool ending_ = false;
     unsigned received_ = 0;
 };

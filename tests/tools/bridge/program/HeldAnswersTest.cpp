@@ -68,6 +68,42 @@ TEST_F(BridgeProcess, AnswersEachInItsTimeAndOrder)
     EXPECT_EQ(bridge->wait(), 0);
 }
 
+TEST_F(BridgeProcess, TakesNoMoreThanItsCount)
+{
+    start({"--print", "--script-delay", "0.3", "--count", "2"});
+    Caller caller(sessionBus);
+    caller.call(4);
+    EXPECT_TRUE(waitUntil([&] { return caller.process() && caller.errors.size() == 2; }));
+    EXPECT_EQ(caller.errors, QStringList(2, QStringLiteral("The logger is ending.")));
+    EXPECT_EQ(caller.successes, 0) << "refused at once, while the first are held back";
+    post(QStringLiteral("one too many"));
+    EXPECT_TRUE(waitUntil([&] {
+        caller.process();
+        return caller.successes == 2;
+    }));
+    EXPECT_EQ(bridge->wait(), 0);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(nextLine().rfind("{\"command\":\"processSpot\",\"text\":\"DX de\"", 0), 0U);
+    EXPECT_EQ(nextLine(), "");
+}
+
+TEST_F(BridgeProcess, CountsNotificationsAndCommands)
+{
+    start({"--print", "--script-delay", "0.3", "--count", "2"});
+    Caller caller(sessionBus);
+    caller.call(1);
+    EXPECT_EQ(nextLine().rfind("{\"command\"", 0), 0U);
+    for (int i = 0; i < 10; ++i)
+        post(QStringLiteral("DX de"));
+    EXPECT_TRUE(waitUntil([&] {
+        caller.process();
+        return caller.successes == 1;
+    }));
+    EXPECT_EQ(bridge->wait(), 0);
+    EXPECT_EQ(nextLine().rfind("{\"notification\"", 0), 0U);
+    EXPECT_EQ(nextLine(), "");
+}
+
 } // namespace
 
 } // namespace spotwell::bridge
