@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <fcntl.h>
 #include <poll.h>
 #include <string>
@@ -17,6 +16,9 @@ namespace
 {
 
 using SteadyClock = std::chrono::steady_clock;
+
+/// How many pieces are written before others get their turn: all that may wait, if they are not of one byte.
+constexpr int piecesAtOnce = 4096;
 
 bool isWritable(int descriptor, std::chrono::milliseconds patience)
 {
@@ -65,24 +67,28 @@ void LineWriter::finish(std::chrono::milliseconds patience, std::chrono::millise
 
 /// Not blocking is a property of what is open, and others share that: the terminal's own shell, for one. So a
 /// pipe or a terminal is opened anew, where that is possible. Elsewhere pieces that fit are written once
-/// poll() says so.
+/// poll() says so; of a terminal, such as one of another user, it only says that there is some room.
 void LineWriter::open()
 {
     descriptor_ = shared_;
     struct stat status {
     };
-    if (::fstat(shared_, &status) != 0 || (!S_ISFIFO(status.st_mode) && ::isatty(shared_) == 0))
+    const bool isTerminal = ::isatty(shared_) != 0;
+    if (::fstat(shared_, &status) != 0 || (!S_ISFIFO(status.st_mode) && !isTerminal))
         return;
     const std::string path = "/proc/self/fd/" + std::to_string(shared_);
     const int own = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (own >= 0)
         descriptor_ = own;
+    else if (isTerminal)
+        longestPiece_ = 1;
 }
 
 void LineWriter::flush()
 {
-    while (!waiting_.empty() && isWritable(descriptor_, {}) && flushSome()) {
-    }
+    int pieces = 0;
+    while (!waiting_.empty() && pieces < piecesAtOnce && isWritable(descriptor_, {}) && flushSome())
+        ++pieces;
     if (failed_)
         return;
     if (!waiting_.empty() && !writable_) {
@@ -95,11 +101,11 @@ void LineWriter::flush()
         tellLost();
 }
 
-/// Writes a piece that a pipe takes whole.
+/// Writes a piece that is taken whole.
 bool LineWriter::flushSome()
 {
     const QByteArray& first = waiting_.front();
-    const qsizetype piece = std::min<qsizetype>(first.size() - written_, PIPE_BUF);
+    const qsizetype piece = std::min<qsizetype>(first.size() - written_, longestPiece_);
     const ssize_t count = ::write(descriptor_, first.constData() + written_, static_cast<std::size_t>(piece));
     if (count < 0 && (errno == EAGAIN || errno == EINTR))
         return false;

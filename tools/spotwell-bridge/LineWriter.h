@@ -4,6 +4,7 @@
 #include <QSocketNotifier>
 
 #include <chrono>
+#include <climits>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -55,6 +56,8 @@ private:
     const Handlers handlers_;
     const Limits limits_;
     int descriptor_ = -1;
+    /// What a pipe that poll() calls writable takes whole.
+    qsizetype longestPiece_ = PIPE_BUF;
     std::deque<QByteArray> waiting_;
     std::size_t waitingBytes_ = 0;
     /// How much of the first that waits is written.

@@ -4,12 +4,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <mutex>
+#include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -189,19 +196,125 @@ TEST_P(LineWriterTest, FinishesWithinItsTime)
 
 INSTANTIATE_TEST_SUITE_P(PipesAndSockets, LineWriterTest, testing::Bool());
 
-TEST(LineWriter, NeverWaitsForATerminalThatIsHeldUp)
+/// Reads a terminal after all when `limit` has passed, so that a test in which the writer waits for it fails
+/// instead of waiting for ever.
+class Rescue
 {
+public:
+    Rescue(int terminal, std::chrono::seconds limit)
+        : thread_([this, terminal, limit] {
+              std::unique_lock lock(mutex_);
+              if (over_.wait_for(lock, limit, [this] { return isOver_; }))
+                  return;
+              hasRescued = true;
+              std::array<char, 65536> bytes{};
+              while (!isOver_) {
+                  lock.unlock();
+                  pollfd entry{terminal, POLLIN, 0};
+                  if (::poll(&entry, 1, 10) > 0)
+                      (void)!::read(terminal, bytes.data(), bytes.size());
+                  lock.lock();
+              }
+          })
+    {
+    }
+    ~Rescue()
+    {
+        {
+            const std::lock_guard lock(mutex_);
+            isOver_ = true;
+        }
+        over_.notify_one();
+        thread_.join();
+    }
+    Rescue(const Rescue&) = delete;
+    Rescue& operator=(const Rescue&) = delete;
+
+    std::atomic<bool> hasRescued = false;
+
+private:
+    std::mutex mutex_;
+    std::condition_variable over_;
+    bool isOver_ = false;
+    std::thread thread_;
+};
+
+/// A terminal that can be opened anew, or cannot: by rights because it is another user's, here for want of
+/// descriptors.
+class LineWriterTerminalTest : public testing::TestWithParam<bool>
+{
+protected:
+    LineWriterTerminalTest()
+    {
+        EXPECT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
+        program = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
+        EXPECT_GE(program, 0);
+    }
+    ~LineWriterTerminalTest() override
+    {
+        ::close(terminal);
+        ::close(program);
+    }
+
+    /// The first line, with which a writer opens what it writes to.
+    static void writeFirst(LineWriter& writer)
+    {
+        rlimit before{};
+        ::getrlimit(RLIMIT_NOFILE, &before);
+        const rlimit none{1, before.rlim_max};
+        if (!GetParam())
+            ::setrlimit(RLIMIT_NOFILE, &none);
+        writer.write("first");
+        ::setrlimit(RLIMIT_NOFILE, &before);
+    }
+
     const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_EQ(::grantpt(terminal) | ::unlockpt(terminal), 0);
-    const int program = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
-    ASSERT_GE(program, 0);
+    int program = -1;
+};
+
+TEST_P(LineWriterTerminalTest, IsNeverWaitedForWhenItIsHeldUp)
+{
     int losing = 0;
-    LineWriter writer(program, {[&losing] { ++losing; }, [](std::size_t) {}, [](int) {}}, {100, 1'000'000});
-    for (int number = 0; number < 1000; ++number)
-        writer.write(numbered(number));
+    {
+        const Rescue rescue(terminal, 10s);
+        LineWriter writer(program, {[&losing] { ++losing; }, [](std::size_t) {}, [](int) {}},
+                          {100, 1'000'000});
+        writeFirst(writer);
+        for (int number = 0; number < 1000; ++number)
+            writer.write(numbered(number));
+        EXPECT_FALSE(rescue.hasRescued);
+    }
     EXPECT_EQ(losing, 1);
-    ::close(terminal);
-    ::close(program);
+}
+
+TEST_P(LineWriterTerminalTest, GetsEveryLine)
+{
+    const Rescue rescue(terminal, 10s);
+    LineWriter writer(program, {[] {}, [](std::size_t) {}, [](int) {}});
+    writeFirst(writer);
+    QByteArray expected = "first\r\n";
+    for (int number = 0; number < 20; ++number) {
+        writer.write(numbered(number));
+        expected += numbered(number) + "\r\n";
+    }
+    QByteArray heard;
+    ::fcntl(terminal, F_SETFL, O_NONBLOCK);
+    EXPECT_TRUE(waitUntil([&] {
+        std::array<char, 65536> bytes{};
+        const ssize_t count = ::read(terminal, bytes.data(), bytes.size());
+        heard.append(bytes.data(), std::max<ssize_t>(count, 0));
+        return heard.size() >= expected.size();
+    }));
+    EXPECT_EQ(heard, expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(OwnAndForeign, LineWriterTerminalTest, testing::Bool());
+
+TEST(LineWriter, HoldsSoMuchByItself)
+{
+    const LineWriter::Limits limits;
+    EXPECT_EQ(limits.lines, 16'384U);
+    EXPECT_EQ(limits.bytes, 8U * 1024 * 1024);
 }
 
 TEST(LineWriter, TellsWhyNothingCanBeWritten)
