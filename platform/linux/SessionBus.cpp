@@ -1,5 +1,8 @@
 #include "platform/linux/SessionBus.h"
 
+#include <QByteArray>
+
+#include <cerrno>
 #include <cstdlib>
 #include <system_error>
 #include <utility>
@@ -7,25 +10,41 @@
 namespace spotwell
 {
 
+namespace
+{
+
+/// Where the session's own bus is; absent when nothing tells.
+std::optional<std::string> addressFromEnvironment()
+{
+    if (const char* const address = std::getenv("DBUS_SESSION_BUS_ADDRESS"))
+        return address;
+    const char* const directory = std::getenv("XDG_RUNTIME_DIR");
+    if (directory == nullptr)
+        return std::nullopt;
+    // Escaped as an address asks for (D-Bus specification, "Server Addresses").
+    return "unix:path=" + QByteArray(directory).toPercentEncoding("/", "~").toStdString() + "/bus";
+}
+
+} // namespace
+
 SessionBus::SessionBus(Log& log, std::string address) : log_(log), address_(std::move(address)) {}
 
 sd_bus* SessionBus::connect(const char* description)
 {
+    const auto address = address_.empty() ? addressFromEnvironment() : address_;
     sd_bus* bus = nullptr;
-    int result = 0;
-    if (address_.empty()) {
-        result = sd_bus_open_user_with_description(&bus, description);
-    } else {
-        result = sd_bus_new(&bus);
-        if (result >= 0)
-            result = sd_bus_set_description(bus, description);
-        if (result >= 0)
-            result = sd_bus_set_address(bus, address_.c_str());
-        if (result >= 0)
-            result = sd_bus_set_bus_client(bus, 1);
-        if (result >= 0)
-            result = sd_bus_start(bus);
-    }
+    int result = address ? sd_bus_new(&bus) : -ENOMEDIUM;
+    if (result >= 0)
+        result = sd_bus_set_description(bus, description);
+    if (result >= 0)
+        result = sd_bus_set_address(bus, address->c_str());
+    if (result >= 0)
+        result = sd_bus_set_bus_client(bus, 1);
+    // Nobody here wants descriptors, which a peer could send by the hundred.
+    if (result >= 0)
+        result = sd_bus_negotiate_fds(bus, 0);
+    if (result >= 0)
+        result = sd_bus_start(bus);
     if (result >= 0)
         return bus;
     sd_bus_close_unref(bus);

@@ -248,6 +248,9 @@ void Program::fail(const QString& reason)
 /// Why there is no session bus; its own words begin with their speaker.
 QString Program::busReason() const
 {
+    if (!qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") &&
+        !qEnvironmentVariableIsSet("XDG_RUNTIME_DIR"))
+        return QStringLiteral("no session bus: neither DBUS_SESSION_BUS_ADDRESS nor XDG_RUNTIME_DIR is set");
     return QString(busWords_.last).remove(QStringLiteral("SessionBus: "));
 }
 

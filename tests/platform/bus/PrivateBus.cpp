@@ -9,7 +9,7 @@
 namespace spotwell
 {
 
-PrivateBus::PrivateBus(bool running)
+PrivateBus::PrivateBus(bool running, const std::string& denied)
 {
     std::string name = (std::filesystem::temp_directory_path() / "spotwell-bus-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr)
@@ -23,7 +23,8 @@ PrivateBus::PrivateBus(bool running)
         << address_
         << "</listen><auth>EXTERNAL</auth><policy context='default'>"
            "<allow send_destination='*' eavesdrop='true'/><allow eavesdrop='true'/><allow own='*'/>"
-           "</policy>"
+        << denied
+        << "</policy>"
            // As the session buses of desktops have it.
            "<limit name='max_replies_per_connection'>50000</limit></busconfig>\n";
     if (running)

@@ -12,8 +12,9 @@ namespace spotwell
 class PrivateBus
 {
 public:
-    /// Starts the bus unless told not to; the address is fixed either way.
-    explicit PrivateBus(bool running = true);
+    /// Starts the bus unless told not to; the address is fixed either way. It allows everything but what the
+    /// elements in `denied` forbid (dbus-daemon's configuration file).
+    explicit PrivateBus(bool running = true, const std::string& denied = {});
     ~PrivateBus();
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;

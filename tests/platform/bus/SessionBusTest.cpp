@@ -4,7 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
 #include <poll.h>
+#include <string>
+#include <vector>
 
 namespace spotwell
 {
@@ -136,6 +141,56 @@ TEST(SessionBus, TakesInNoMoreThanIsAsked)
         ASSERT_TRUE(waitUntil([&] { return connection.process(1000, over) && answers >= expected; }));
         EXPECT_EQ(answers, expected);
     }
+}
+
+/// Which bus a connection finds by itself when these are in the environment, given as what is logged of it.
+QStringList foundWith(const char* address, const std::string& runtimeDirectory)
+{
+    const auto set = [](const char* name, const char* value) {
+        value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name);
+    };
+    const char* const names[] = {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"};
+    std::vector<std::optional<std::string>> before;
+    for (const char* name : names)
+        before.push_back(std::getenv(name) != nullptr ? std::optional(std::getenv(name)) : std::nullopt);
+    set(names[0], address);
+    set(names[1], runtimeDirectory.empty() ? nullptr : runtimeDirectory.c_str());
+    SharedLog log;
+    SessionBus sessionBus(log);
+    BusConnection connection(sessionBus, "test");
+    const bool isReady = connection.open() && becomesReady(connection);
+    for (std::size_t i = 0; i < before.size(); ++i)
+        set(names[i], before[i] ? before[i]->c_str() : nullptr);
+    return isReady ? QStringList{QStringLiteral("ready")} : log.lines();
+}
+
+TEST(SessionBus, IsFoundByTheEnvironment)
+{
+    const PrivateBus bus;
+    const std::string directory =
+        bus.address().substr(0, bus.address().rfind('/')).substr(sizeof "unix:path=" - 1);
+    // A name that an address has to escape.
+    const std::string odd = directory + "/a b,c;d%e=\xC3\xA9~";
+    std::filesystem::create_directory_symlink(directory, odd);
+    const QStringList ready{QStringLiteral("ready")};
+    EXPECT_EQ(foundWith(bus.address().c_str(), {}), ready);
+    EXPECT_EQ(foundWith(bus.address().c_str(), "/nowhere"), ready);
+    EXPECT_EQ(foundWith(nullptr, directory), ready);
+    EXPECT_EQ(foundWith(nullptr, odd), ready);
+    EXPECT_EQ(foundWith(nullptr, {}),
+              QStringList{QStringLiteral("SessionBus: no session bus: No medium found")});
+    EXPECT_EQ(foundWith("unix:path=/nowhere/bus", directory),
+              QStringList{QStringLiteral("SessionBus: no session bus: No such file or directory")});
+}
+
+TEST(SessionBus, TakesNoDescriptors)
+{
+    const PrivateBus bus;
+    SharedLog log;
+    SessionBus sessionBus(log, bus.address());
+    BusConnection connection(sessionBus, "test");
+    ASSERT_TRUE(becomesReady(connection));
+    EXPECT_EQ(sd_bus_can_send(connection.get(), SD_BUS_TYPE_UNIX_FD), 0);
 }
 
 TEST(SessionBus, WaitsNoLongerThanAllowedWhenTheBusHangs)

@@ -32,6 +32,28 @@ TEST_F(BusTroubleTest, NeedsABusAtTheStart)
     EXPECT_EQ(bridge->wait(), 1);
 }
 
+TEST_F(BusTroubleTest, SaysWhenNothingTellsWhereTheBusIs)
+{
+    bridge.emplace(std::vector<std::string>{"env", "-u", "DBUS_SESSION_BUS_ADDRESS", "-u", "XDG_RUNTIME_DIR",
+                                            SPOTWELL_BRIDGE, "--print"},
+                   std::vector<std::string>{}, true);
+    EXPECT_EQ(nextLine(),
+              "spotwell-bridge: no session bus: neither DBUS_SESSION_BUS_ADDRESS nor XDG_RUNTIME_DIR "
+              "is set");
+    EXPECT_EQ(nextLine(), "");
+    EXPECT_EQ(bridge->wait(), 1);
+}
+
+TEST_F(BusTroubleTest, ABusThatRefusesTheNameEndsIt)
+{
+    const PrivateBus denying(true, "<deny own='com.tarnbrooksoftware.Application.Logwright'/>");
+    bridge.emplace(command({"--print"}), std::vector{denying.environment()}, true);
+    EXPECT_EQ(nextLine(), "spotwell-bridge: the session bus refuses the name "
+                          "com.tarnbrooksoftware.Application.Logwright");
+    EXPECT_EQ(nextLine(), "");
+    EXPECT_EQ(bridge->wait(), 1);
+}
+
 TEST_F(BusTroubleTest, SurvivesTheBus)
 {
     startNode({"--print"});
