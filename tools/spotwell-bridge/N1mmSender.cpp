@@ -29,22 +29,25 @@ QHostAddress bestAddress(const std::vector<SocketAddress>& addresses)
 
 N1mmSender::N1mmSender(Target target, LookUp lookUp, Log& log)
     : target_(std::move(target)),
-      text_((target_.host.contains(u':') ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
-                .arg(target_.host)
-                .arg(target_.port)),
       lookUp_(std::move(lookUp)),
-      log_(log)
+      log_(log),
+      address_(target_.host),
+      isName_(address_.isNull()),
+      text_(isName_ ? QStringLiteral("%1:%2").arg(target_.host).arg(target_.port)
+                    : endpointText(address_, target_.port))
 {
     // Proxies are for the web; asking for the system's may also take a while.
     socket_.setProxy(QNetworkProxy::NoProxy);
 }
 
+void N1mmSender::begin(TimePoint now)
+{
+    lookUpIfDue(now);
+}
+
 void N1mmSender::send(const QByteArray& datagram, TimePoint now)
 {
-    if (const QHostAddress literal(target_.host); !literal.isNull())
-        address_ = literal;
-    else
-        lookUpIfDue(now);
+    lookUpIfDue(now);
     if (address_.isNull())
         return;
     const bool sent = socket_.writeDatagram(datagram, address_, target_.port) == datagram.size();
@@ -53,7 +56,7 @@ void N1mmSender::send(const QByteArray& datagram, TimePoint now)
 
 void N1mmSender::lookUpIfDue(TimePoint now)
 {
-    if (isLookingUp_ || (lastLookUp_ && now - *lastLookUp_ < lookUpInterval))
+    if (!isName_ || isLookingUp_ || (lastLookUp_ && now - *lastLookUp_ < lookUpInterval))
         return;
     lastLookUp_ = now;
     isLookingUp_ = true;

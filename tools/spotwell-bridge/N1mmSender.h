@@ -29,9 +29,11 @@ public:
     /// The log outlives the sender. No outcome of `lookUp` may come after the sender has gone.
     N1mmSender(Target target, LookUp lookUp, Log& log);
 
-    /// Sends, when the address is known. A name is looked up for the first datagram, and again for one that
-    /// comes a minute or more later; until it is known, datagrams are lost. Of a name's addresses the first
-    /// IPv4 one is used, or else the first.
+    /// Begins to look a name up, so that it is known when there is something to send.
+    void begin(TimePoint now);
+    /// Sends, when the address is known. A name is looked up again for a datagram that comes a minute or more
+    /// after it was; until it is known, datagrams are lost. Of a name's addresses the first IPv4 one is used,
+    /// or else the first.
     void send(const QByteArray& datagram, TimePoint now);
 
 private:
@@ -40,10 +42,12 @@ private:
     void note(const QString& trouble);
 
     const Target target_;
-    const QString text_;
     const LookUp lookUp_;
     Log& log_;
+    /// Null until a name is known.
     QHostAddress address_;
+    const bool isName_;
+    const QString text_;
     /// For both protocols.
     QUdpSocket socket_;
     std::optional<TimePoint> lastLookUp_;

@@ -92,6 +92,7 @@ bool Program::start()
             resolver_.lookUp(host, options_.n1mm->port, senderIsAlive_, std::move(lookedUp));
         };
         sender_ = std::make_unique<N1mmSender>(*options_.n1mm, lookUp, log_);
+        sender_->begin(std::chrono::steady_clock::now());
     }
     if (!logger_.start()) {
         log_.line(busReason());

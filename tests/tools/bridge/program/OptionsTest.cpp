@@ -1,5 +1,6 @@
 #include "tools/spotwell-bridge/Options.h"
 
+#include <QCoreApplication>
 #include <gtest/gtest.h>
 
 namespace spotwell::bridge
@@ -112,9 +113,29 @@ TEST(BridgeOptions, AreExplained)
 {
     const CommandLine help = read({u"--help"_s});
     EXPECT_FALSE(help.options);
-    EXPECT_TRUE(help.text.startsWith(u"Usage: "_s));
-    EXPECT_TRUE(help.text.contains(
-        u"Receives what spotwell hands to a logging application on the session bus, and hands it on."_s));
+    EXPECT_EQ(
+        help.text,
+        u"Usage: %1 [options]\n"_s.arg(QCoreApplication::arguments().first()) +
+            uR"(Receives what spotwell hands to a logging application on the session bus, and hands it on.
+
+Options:
+  --telnet <[ADDRESS:]PORT>  Serves telnet clients as a DX cluster node there;
+                             without a value on 127.0.0.1:7373.
+  --n1mm <HOST:PORT>         Sends each spot as an N1MM datagram (XML over UDP)
+                             there.
+  --print <json|text>        Prints what arrives: as JSON objects, which is
+                             meant without a value, or as lines of a DX cluster.
+  --display-name <TEXT>      The logger's displayed name (Logwright).
+  --logger-version <TEXT>    The logger's version (6.45).
+  --script-error <TEXT>      Answers the command processSpot with an error of
+                             this text.
+  --script-delay <SECONDS>   Answers the command processSpot so much later.
+  --count <N>                Ends after so many notifications and commands.
+  --seconds <SECONDS>        Ends after this time.
+  --no-version               The logger gives no version.
+  --help                     Shows this text.
+  --version                  Shows the program's version.
+)"_s);
     EXPECT_EQ(read({u"--version"_s}).text, u"spotwell-bridge " SPOTWELL_VERSION "\n"_s);
 }
 

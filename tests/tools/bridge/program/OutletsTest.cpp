@@ -2,6 +2,7 @@
 #include "tests/tools/bridge/program/BridgeProcess.h"
 #include "tests/tools/bridge/program/TelnetClient.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <array>
 #include <csignal>
@@ -127,7 +128,7 @@ TEST_F(OutletsTest, SendsDatagrams)
     for (const std::string host : {"127.0.0.1:", "localhost:"}) {
         Receiver receiver;
         start({"--n1mm", host + receiver.port()});
-        // A name is looked up for the first spot, which is lost then.
+        // Spots that come before a name is known are lost.
         std::string datagram;
         EXPECT_TRUE(waitUntil([&] {
             postSpot(u"A1A"_s);
@@ -137,6 +138,16 @@ TEST_F(OutletsTest, SendsDatagrams)
         bridge->signal(SIGTERM);
         EXPECT_EQ(bridge->wait(), 0);
     }
+}
+
+TEST_F(OutletsTest, LooksNamesUpAtTheStart)
+{
+    // A name that is too long for any name server to be asked for it (RFC 1035).
+    const std::string name(64, 'x');
+    std::vector<std::string> lines{start({"--n1mm", name + ":12060"}), nextLine()};
+    std::sort(lines.begin(), lines.end());
+    EXPECT_EQ(lines[0], "spotwell-bridge: receiving spots");
+    EXPECT_EQ(lines[1].rfind("spotwell-bridge: spots do not reach " + name + ":12060: ", 0), 0U) << lines[1];
 }
 
 TEST_F(OutletsTest, PrintsLines)
