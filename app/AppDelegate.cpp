@@ -2,6 +2,7 @@
 
 #include "app/Appearance.h"
 #include "app/BuiltInTests.h"
+#include "app/Images.h"
 #include "app/QuitQuestion.h"
 #include "app/Settings.h"
 
@@ -36,13 +37,13 @@ AppDelegate::AppDelegate(Platform platform, MainWindow& mainWindow, QString logD
       window(mainWindow),
       logDirectory_(std::move(logDirectory)),
       statusLine_(*mainWindow.statusLine, platform_.mainQueue),
+      consoleInbox_(platform_.mainQueue, [this](const QString& text) { appendText(text, &statusLine_); }),
       diagnostics_(platform_.log, platform_.clock, platform_.mainQueue, platform_.process, version),
       presence_(platform_.runningApplications, platform_.log),
       spotNotification_([this](const QString& text) { appendText(text); }, platform_.notificationCenter),
-      lineDelivery_(presence_, platform_.notificationCenter, platform_.scriptRunner, platform_.mainQueue,
-                    platform_.log,
+      lineDelivery_(presence_, platform_.notificationCenter, platform_.scriptRunner, platform_.log,
                     {[this](bool running) { showLineFinding(running); },
-                     [this](const QString& text) { appendText(text); }}),
+                     [this](const QString& text) { postText(text); }}),
       lineBacklog_(platform_.log,
                    [this](const QString& line, const QString& node) {
                        lineDelivery_.sendSpotLineToLogwright(line, node);
@@ -82,8 +83,8 @@ void AppDelegate::applicationDidFinishLaunching()
     diagnostics_.redirectConsoleLogToDocumentFolder();
     platform_.log.line(
         QStringLiteral("applicationDidFinishLaunching:%1").arg(diagnostics_.displayLongVersionString()));
-    greenBulb = QIcon(QStringLiteral(":/images/green_ball.svg"));
-    greyBulb = QIcon(QStringLiteral(":/images/gray_ball.svg"));
+    greenBulb = imageNamed(QStringLiteral("green_ball"));
+    greyBulb = imageNamed(QStringLiteral("gray_ball"));
     createQueues();
     wireControls();
     readSettingsIntoControls();
@@ -211,6 +212,12 @@ void AppDelegate::darkWindows(bool dark)
     window.setAppearance(desiredAppearanceObject(dark));
 }
 
+void AppDelegate::appendText(const QString& text)
+{
+    consoleInbox_.handOver();
+    appendText(text, &statusLine_);
+}
+
 void AppDelegate::appendText(const QString& text, ConsoleView* textView)
 {
     if (textView)
@@ -284,21 +291,26 @@ void AppDelegate::setTb_medium_timeout_session(std::unique_ptr<UrlSession> sessi
 void AppDelegate::lgwtStatusTimer()
 {
     double version = 0;
-    setLogwrightRunning(presence_.appIsRunning(loggerName(), false, &version));
+    finding_ = presence_.appIsRunning(loggerName(), false, &version);
+    showFinding();
 }
 
-void AppDelegate::setLogwrightRunning(bool running)
+void AppDelegate::showFinding()
 {
-    window.lgwtRunningButton->setIcon(running ? greenBulb : greyBulb);
+    const bool running = finding_.load() == true;
+    const QIcon& bulb = running ? greenBulb : greyBulb;
+    // The image that is there already would be painted again each time.
+    if (window.lgwtRunningButton->icon().cacheKey() != bulb.cacheKey())
+        window.lgwtRunningButton->setIcon(bulb);
     window.setLogwrightRunning(running);
-    shownRunning_ = running;
 }
 
 void AppDelegate::showLineFinding(bool running)
 {
-    // Every line brings a finding; setting the same image again would lay out and paint the button each time.
-    if (shownRunning_ != running)
-        setLogwrightRunning(running);
+    // Every line brings a finding, mostly the one before: not worth waking the main thread, nor laying out
+    // and painting the bulb.
+    if (finding_.exchange(running) != running)
+        platform_.mainQueue.async([this] { showFinding(); });
 }
 
 QString AppDelegate::dxclusterText() const

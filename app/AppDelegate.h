@@ -16,6 +16,7 @@
 #include "feeds/WebPoller.h"
 #include "feeds/WsprnetFeed.h"
 #include "platform/Platform.h"
+#include "util/ConsoleInbox.h"
 #include "util/ConsoleView.h"
 
 #include <QIcon>
@@ -80,7 +81,8 @@ private:
     void createQueues();
     void scheduleTimers();
     void connectAtLaunch();
-    void setLogwrightRunning(bool running);
+    void showFinding();
+    /// Shows what a line's delivery found out about the logger. From any thread.
     void showLineFinding(bool running);
 
     void lgwtStatusTimer();
@@ -103,7 +105,8 @@ private:
     [[nodiscard]] bool reconnectIsOn() const override;
     void setReconnect(bool on) override;
     void setConnected(bool on) override;
-    void appendText(const QString& text) override { appendText(text, &statusLine_); }
+    void appendText(const QString& text) override;
+    void postText(const QString& text) override { consoleInbox_.add(text); }
     void threadCheckWarning() const override { diagnostics_.threadCheckWarning(); }
     [[nodiscard]] SerialQueue& bufferQueue() override { return *spotwell_buffer_queue; }
     void takeSpotLine(const QString& line, const QString& node) override;
@@ -116,10 +119,13 @@ private:
     const QString logDirectory_;
     // depends-on: window, the main queue
     ConsoleView statusLine_;
+    // depends-on: statusLine_, the main queue
+    ConsoleInbox consoleInbox_;
     QIcon greenBulb;
     QIcon greyBulb;
-    // What the bulb shows; nothing before the first finding.
-    std::optional<bool> shownRunning_;
+    // Whether the logger runs, by the latest tick or line, whichever came last; nothing before the first.
+    // What the bulb shows, or is about to.
+    std::atomic<std::optional<bool>> finding_{std::nullopt};
     // depends-on: the log, the clock, the main queue, the process services
     DiagnosticsLog diagnostics_;
     // What the buffer queue may know of the password field.

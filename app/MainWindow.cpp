@@ -1,11 +1,11 @@
 #include "app/MainWindow.h"
 
+#include "app/Images.h"
 #include "util/ConsoleView.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFontMetricsF>
-#include <QIcon>
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
@@ -14,12 +14,6 @@
 
 #include <algorithm>
 #include <cmath>
-
-// The images are part of a static library, whose resources must be asked for (outside any namespace).
-static void registerImages()
-{
-    Q_INIT_RESOURCE(spotwell);
-}
 
 namespace spotwell
 {
@@ -37,9 +31,8 @@ constexpr QSize largestInitialSize{1010, 680};
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
 {
-    registerImages();
     setupUi(this);
-    setWindowIcon(QIcon(QStringLiteral(":/images/spotwell.svg")));
+    setWindowIcon(imageNamed(QStringLiteral("spotwell")));
     statusLine->setFont(consoleFont());
 
     // Both words fit, so that nothing moves when the one takes the other's place.

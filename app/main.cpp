@@ -24,14 +24,16 @@ int main(int argc, char** argv)
 {
     using namespace spotwell;
 
-    LinuxPlatform::prepareProcess();
+    LinuxPlatform::Prepared prepared = LinuxPlatform::prepareProcess();
     QApplication application(argc, argv);
+    if (prepared.fonts.joinable())
+        prepared.fonts.join();
     QApplication::setApplicationName(QStringLiteral("spotwell"));
     QApplication::setApplicationVersion(QStringLiteral(SPOTWELL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.tarnbrooksoftware.spotwell"));
     QApplication::setStyle(makeStyle().release());
 
-    LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION));
+    LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION), prepared.busAddress);
     MainWindow window;
     AppDelegate delegate(platform.services(), window, LinuxPlatform::logDirectory(), feedAddresses(),
                          QStringLiteral(SPOTWELL_VERSION));

@@ -27,8 +27,10 @@ public:
     /// Sets the connect toggle, without acting on it.
     virtual void setConnected(bool on) = 0;
 
-    /// Appends one entry to the console.
+    /// Appends one entry to the console, behind all that was posted.
     virtual void appendText(const QString& text) = 0;
+    /// Has the main thread append one entry to the console, soon. From any thread; does not wait.
+    virtual void postText(const QString& text) = 0;
     /// Warns in the log when the calling thread is not the main one. From any thread.
     virtual void threadCheckWarning() const = 0;
 

@@ -188,15 +188,18 @@ void ClusterSession::treatLines(const QString& text)
         iStream->holdEvents(true);
     host_.bufferQueue().async([this, lines = linesOfChunk(text), node = telnetHostName()] {
         lineAssembly_.processInputStream(lines, node);
-        // Behind the lines' own console tasks, so that these count as waiting, too.
-        mainQueue_.async([this] { readTreated(); });
+        readTreated();
     });
 }
 
 void ClusterSession::readTreated()
 {
-    if (waitingReads_-- == mostWaitingReads && iStream)
-        iStream->holdEvents(false);
+    if (waitingReads_-- != mostWaitingReads)
+        return;
+    mainQueue_.async([this] {
+        if (iStream)
+            iStream->holdEvents(waitingReads_ >= mostWaitingReads);
+    });
 }
 
 } // namespace spotwell

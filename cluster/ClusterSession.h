@@ -58,7 +58,7 @@ public:
     [[nodiscard]] TimePoint lastRecievedMessageTime() const { return _lastRecievedMessageTime; }
 
 private:
-    /// The most reads that wait for their treatment and display.
+    /// The most reads that wait for their treatment.
     static constexpr int mostWaitingReads = 16;
 
     void readAvailableBytes();
@@ -86,7 +86,8 @@ private:
     bool loggedIn = false;
     std::int32_t bytesReceivedOnThisConnection = 0;
     std::int32_t _bufferOverRunCount = 0;
-    int waitingReads_ = 0;
+    /// Counted down on the buffer queue.
+    std::atomic<int> waitingReads_ = 0;
 };
 
 } // namespace spotwell

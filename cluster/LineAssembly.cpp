@@ -59,7 +59,7 @@ void LineAssembly::processInputStream(const QStringList& lines, const QString& n
     for (const QString& line : lines) {
         if (line.isEmpty())
             continue;
-        mainQueue_.async([this, line] { host_.appendText(QStringLiteral("teln ") + line); });
+        host_.postText(QStringLiteral("teln ") + line);
         if (isSpotLine(line))
             host_.takeSpotLine(line, node);
         if (line_.promptsAreArmed())

@@ -15,12 +15,10 @@ QString processSpotScript(const QString& line)
 }
 
 LineDelivery::LineDelivery(LoggerPresence& presence, NotificationCenter& notificationCenter,
-                           ScriptRunner& scriptRunner, MainQueue& mainQueue, Log& log,
-                           LineDeliveryDisplay display)
+                           ScriptRunner& scriptRunner, Log& log, LineDeliveryDisplay display)
     : presence_(presence),
       notificationCenter_(notificationCenter),
       scriptRunner_(scriptRunner),
-      mainQueue_(mainQueue),
       log_(log),
       display_(std::move(display))
 {
@@ -34,7 +32,7 @@ void LineDelivery::sendSpotLineToLogwright(const QString& line, const QString& s
     const bool running = presence_.appIsRunning(loggerName(), false, &version);
     if (!running)
         log_.line(QStringLiteral("Logwright is not running"));
-    mainQueue_.async([this, running] { display_.setLogwrightRunning(running); });
+    display_.setLogwrightRunning(running);
     if (!running)
         return;
     if (version >= LogwrightVersionThreshold)
@@ -52,7 +50,7 @@ void LineDelivery::runScript(const QString& line)
         return;
     const QString text = QStringLiteral("AppleScript Error:") + *error;
     log_.line(text);
-    mainQueue_.async([this, text] { display_.appendText(text); });
+    display_.postText(text);
 }
 
 } // namespace spotwell

@@ -3,7 +3,6 @@
 #include "delivery/LoggerPresence.h"
 #include "platform/Log.h"
 #include "platform/NotificationCenter.h"
-#include "platform/Queues.h"
 #include "platform/ScriptRunner.h"
 
 #include <QString>
@@ -20,12 +19,12 @@ inline constexpr double LogwrightVersionThreshold = 6.45;
 /// line becomes one full stop.
 [[nodiscard]] QString processSpotScript(const QString& line);
 
-/// What the line delivery shows of its work. Called on the main thread.
+/// What the line delivery shows of its work. Called on the delivering thread; must not wait for the main one.
 struct LineDeliveryDisplay {
-    /// Shows whether the logger runs.
+    /// Has the main thread show whether the logger runs.
     std::function<void(bool)> setLogwrightRunning;
-    /// Appends to the console.
-    std::function<void(const QString&)> appendText;
+    /// Has the main thread append an entry to the console.
+    std::function<void(const QString&)> postText;
 };
 
 /// Hands cluster spot lines, whole, to the logger.
@@ -33,7 +32,7 @@ class LineDelivery
 {
 public:
     LineDelivery(LoggerPresence& presence, NotificationCenter& notificationCenter, ScriptRunner& scriptRunner,
-                 MainQueue& mainQueue, Log& log, LineDeliveryDisplay display);
+                 Log& log, LineDeliveryDisplay display);
 
     /// Delivers one line heard from the node `source`: by notification, by script to an older logger, or not
     /// at all where no logger runs. A script is waited for on the calling thread, which must not be the main
@@ -46,7 +45,6 @@ private:
     LoggerPresence& presence_;
     NotificationCenter& notificationCenter_;
     ScriptRunner& scriptRunner_;
-    MainQueue& mainQueue_;
     Log& log_;
     LineDeliveryDisplay display_;
 };

@@ -23,9 +23,10 @@ QString dxSummitComment(const QJsonObject& entry)
     const QJsonValue info = entry.value("info"_L1);
     if (info.isUndefined())
         return u":(null)"_s;
-    if (!info.isString())
+    // What cannot be printed plainly is no comment.
+    if (info.isNull() || info.isArray() || info.isObject())
         return u""_s;
-    return u':' + info.toString();
+    return u':' + printedText(info);
 }
 
 /// The service counts longitudes westwards.

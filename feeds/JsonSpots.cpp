@@ -5,8 +5,10 @@
 
 #include <QCryptographicHash>
 #include <QJsonDocument>
+#include <QVariant>
 #include <QtEndian>
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -83,12 +85,26 @@ std::optional<QString> textOf(const QJsonObject& spot, QLatin1String key)
     return found->toString();
 }
 
+QString printedText(const QJsonValue& value)
+{
+    if (value.isBool())
+        return QString::number(static_cast<int>(value.toBool()));
+    if (!value.isDouble())
+        return value.toString();
+    const QVariant number = value.toVariant();
+    return number.typeId() == QMetaType::LongLong ? number.toString()
+                                                  : QString::number(number.toDouble(), 'g', 16);
+}
+
 std::optional<double> numberOf(const QJsonObject& spot, QLatin1String key)
 {
     const auto found = spot.constFind(key);
-    if (found == spot.constEnd() || !found->isDouble())
+    if (found == spot.constEnd())
         return std::nullopt;
-    return found->toDouble();
+    if (found->isDouble())
+        return found->toDouble();
+    const std::optional<double> number = leadingNumber(found->toString());
+    return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
 double megahertzOf(const QJsonObject& spot, QLatin1String key)

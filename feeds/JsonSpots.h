@@ -17,7 +17,7 @@ namespace spotwell
 {
 
 // What the feeds that answer in JSON have in common: how an answer, its elements and their keys are read. A
-// value of an unexpected kind is taken as null is, a text for a latitude say. All are callable from any
+// value of an unexpected kind is taken as null is, an array for a latitude say. All are callable from any
 // thread.
 
 /// What an answer may hold at most, so that reading it takes a bounded memory: objects and arrays, and values
@@ -44,7 +44,12 @@ bool remember(QSet<QJsonValue>& remembered, const QJsonValue& id);
 /// there is no such key.
 [[nodiscard]] std::optional<QString> textOf(const QJsonObject& spot, QLatin1String key);
 
-/// The number under `key`. Absent for null and when there is no such key.
+/// What `value` prints as: a text is itself, a number has 16 digits at most, a whole one of 64 bits all of
+/// its own; true and false are 1 and 0. Empty for all else.
+[[nodiscard]] QString printedText(const QJsonValue& value);
+
+/// The number under `key`, or the one that a text there begins with. Absent for all else, when there is no
+/// such key, and beyond a double's range.
 [[nodiscard]] std::optional<double> numberOf(const QJsonObject& spot, QLatin1String key);
 
 /// The kilohertz under `key`, a number or a text that begins with one, in megahertz; 0 for all else.

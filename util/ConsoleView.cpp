@@ -1,5 +1,7 @@
 #include "util/ConsoleView.h"
 
+#include "util/PaintedLines.h"
+
 #include <QAbstractTextDocumentLayout>
 #include <QFontDatabase>
 #include <QFontInfo>
@@ -28,6 +30,17 @@ constexpr int columnsPerTab = 8;
 int endOf(const QTextDocument& document)
 {
     return document.characterCount() - 1;
+}
+
+void replace(QTextDocument& document, int start, int end, const QString& text)
+{
+    QTextCursor edit(&document);
+    // Within a block the cursor does not lay lines out to know at which x it stands.
+    edit.beginEditBlock();
+    edit.setPosition(start);
+    edit.setPosition(end, QTextCursor::KeepAnchor);
+    edit.insertText(text);
+    edit.endEditBlock();
 }
 
 } // namespace
@@ -111,15 +124,18 @@ void ConsoleView::scheduleFlush()
 void ConsoleView::flush()
 {
     const ConsoleText::Change change = text_.takeChange();
-    if (change.dropped > 0 || !change.appended.isEmpty()) {
-        lastFlush_ = now_();
-        changeDocument(change);
-    }
-    if (std::exchange(scrollWanted_, false))
+    const bool scroll = std::exchange(scrollWanted_, false);
+    if (change.dropped == 0 && change.appended.isEmpty())
+        return;
+    lastFlush_ = now_();
+    PaintedLines painted(widget_);
+    changeDocument(change, painted);
+    if (scroll)
         scrollToEnd();
+    painted.follow();
 }
 
-void ConsoleView::changeDocument(const ConsoleText::Change& change)
+void ConsoleView::changeDocument(const ConsoleText::Change& change, PaintedLines& painted)
 {
     QTextDocument& document = *widget_.document();
     // Only a text of one single line is ever longer than the trimming target.
@@ -131,6 +147,7 @@ void ConsoleView::changeDocument(const ConsoleText::Change& change)
     shown_ = text_.length();
     if (dropsAll) {
         document.setPlainText(appended);
+        painted.documentChanged(document.blockCount());
         return;
     }
 
@@ -140,15 +157,11 @@ void ConsoleView::changeDocument(const ConsoleText::Change& change)
     // The document would draw a selection that reaches its end out over what is added there.
     const bool selectionReachesEnd = user.hasSelection() && user.selectionEnd() == endOf(document);
 
-    QTextCursor edit(&document);
-    edit.beginEditBlock();
-    if (dropped > 0) {
-        edit.setPosition(dropped, QTextCursor::KeepAnchor);
-        edit.removeSelectedText();
-    }
-    edit.movePosition(QTextCursor::End);
-    edit.insertText(appended);
-    edit.endEditBlock();
+    // Two edits: joined to one, they would count as a change of all lines between, to be laid out anew.
+    if (dropped > 0)
+        replace(document, 0, dropped, QString());
+    replace(document, endOf(document), endOf(document), appended);
+    painted.documentChanged(static_cast<int>(appended.count(u'\n')));
 
     if (selectionReachesEnd) {
         QTextCursor restored(&document);

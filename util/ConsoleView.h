@@ -16,6 +16,8 @@ class QPlainTextEdit;
 namespace spotwell
 {
 
+class PaintedLines;
+
 /// The console's font: "Courier" at 13 points or, where there is none, a monospaced one of that size.
 [[nodiscard]] QFont consoleFont();
 
@@ -57,7 +59,7 @@ public:
 private:
     void setUpWidget();
     void scheduleFlush();
-    void changeDocument(const ConsoleText::Change& change);
+    void changeDocument(const ConsoleText::Change& change, PaintedLines& painted);
     void scrollToEnd();
 
     QPlainTextEdit& widget_;

@@ -136,7 +136,7 @@ std::int64_t integerValue(QStringView text)
     return value == Limits::min() ? Limits::max() : -value;
 }
 
-double doubleValue(QStringView text)
+std::optional<double> leadingNumber(QStringView text)
 {
     const qsizetype sign = skipSpace(text);
     const qsizetype first = skipSign(text, sign);
@@ -148,7 +148,7 @@ double doubleValue(QStringView text)
         digits += end - fraction;
     }
     if (digits == 0)
-        return 0.0;
+        return std::nullopt;
     if (end < text.size() && (text[end] == u'e' || text[end] == u'E')) {
         const qsizetype exponent = skipSign(text, end + 1);
         const qsizetype exponentEnd = skipDigits(text, exponent);
@@ -165,6 +165,11 @@ double doubleValue(QStringView text)
         return value;
     // Reads in the C locale; too large gives infinity, too small 0.
     return text.sliced(sign, end - sign).toDouble();
+}
+
+double doubleValue(QStringView text)
+{
+    return leadingNumber(text).value_or(0.0);
 }
 
 } // namespace spotwell

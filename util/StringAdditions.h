@@ -4,6 +4,7 @@
 #include <QStringView>
 
 #include <cstdint>
+#include <optional>
 
 namespace spotwell
 {
@@ -55,7 +56,10 @@ namespace spotwell
 [[nodiscard]] std::int64_t integerValue(QStringView text);
 
 /// The number that `text` begins with, as integerValue(), with a fraction behind a full stop (whatever the
-/// locale) and an exponent. 0 when there is none; plus or minus infinity when it is too large.
+/// locale) and an exponent. Absent when there is none; plus or minus infinity when it is too large.
+[[nodiscard]] std::optional<double> leadingNumber(QStringView text);
+
+/// The same, 0 when there is none.
 [[nodiscard]] double doubleValue(QStringView text);
 
 } // namespace spotwell

@@ -1,5 +1,6 @@
 #include "platform/linux/ApplicationDirectory.h"
 
+#include "platform/linux/ApplicationNames.h"
 #include "platform/linux/ApplicationProperties.h"
 
 #include <algorithm>
@@ -18,19 +19,18 @@ using namespace std::chrono_literals;
 
 constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
-constexpr std::string_view namePrefix = "com.tarnbrooksoftware.Application.";
 constexpr const char* ownerChangedRule =
     "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/"
     "DBus',interface='org.freedesktop.DBus',"
     "member='NameOwnerChanged',arg0namespace='com.tarnbrooksoftware.Application'";
-constexpr const char* applicationPath = "/com/tarnbrooksoftware/Application";
 constexpr const char* applicationInterface = "com.tarnbrooksoftware.Application";
 
-/// No more applications than this are looked at.
-constexpr std::size_t maxNames = 64;
 /// A shorter wait than this says nothing about the bus: the caller had used up its time otherwise.
 constexpr auto silence = 100ms;
 constexpr auto forever = std::chrono::microseconds::max();
+/// After a quiet second a question is worth being answered without a second wake-up.
+constexpr auto quietSecond = 990ms;
+constexpr auto lookForAnswer = 300us;
 
 } // namespace
 
@@ -63,7 +63,7 @@ void ApplicationDirectory::beginAnew()
     listing_.reset();
     names_.clear();
     applications_.clear();
-    silent_ = false;
+    silentSince_.reset();
     quietUntil_ = {};
     sd_bus_slot* slot = nullptr;
     // Installed before the first question leaves, so no change after an answer is missed. If the bus refuses,
@@ -87,11 +87,12 @@ bool ApplicationDirectory::listNames(Deadline namesBy)
     sd_bus_message_new_method_call(connection_.get(), &question, busName, busPath, busName, "ListNames");
     if (!ask(listing_, question, &namesArrived, this, forever))
         return false;
-    if (!connection_.pump(namesBy, answered)) {
+    const bool isAlone = since - std::exchange(askedAt_, since) >= quietSecond;
+    if (!connection_.pump(namesBy, answered, nullptr, isAlone ? lookForAnswer : 0us)) {
         noteSilence(since);
         return false;
     }
-    silent_ = false;
+    silentSince_.reset();
     return true;
 }
 
@@ -100,9 +101,12 @@ void ApplicationDirectory::noteSilence(Deadline since)
     const Deadline now = Clock::now();
     if (connection_.get() == nullptr || now - since < silence)
         return;
-    quietUntil_ = now + patience_.afterSilence;
-    if (!std::exchange(silent_, true))
+    if (!silentSince_) {
+        silentSince_ = since;
         log_.line(QStringLiteral("runningApplications: the session bus does not answer"));
+    }
+    if (now - *silentSince_ >= patience_.silence)
+        quietUntil_ = now + patience_.afterSilence;
 }
 
 void ApplicationDirectory::forgetDeparted()
@@ -216,15 +220,7 @@ int ApplicationDirectory::namesArrived(sd_bus_message* answer, void* userdata, s
 {
     auto* const self = static_cast<ApplicationDirectory*>(userdata);
     self->listing_.reset();
-    self->listed_.clear();
-    if (sd_bus_message_is_method_error(answer, nullptr) > 0 ||
-        sd_bus_message_enter_container(answer, SD_BUS_TYPE_ARRAY, "s") < 0)
-        return 0;
-    const char* name = nullptr;
-    while (self->listed_.size() < maxNames && sd_bus_message_read(answer, "s", &name) > 0) {
-        if (std::string_view(name).starts_with(namePrefix))
-            self->listed_.emplace_back(name);
-    }
+    self->listed_ = readApplicationNames(answer);
     return 0;
 }
 
@@ -247,7 +243,10 @@ int ApplicationDirectory::ownerChanged(sd_bus_message* signal, void* userdata, s
     const char* name = nullptr;
     const char* before = nullptr;
     const char* now = nullptr;
-    if (sd_bus_message_read(signal, "sss", &name, &before, &now) <= 0)
+    // A signal that somebody else sends to this connection alone gets past the match.
+    const char* const sender = sd_bus_message_get_sender(signal);
+    if (sender == nullptr || sender != std::string_view(busName) ||
+        sd_bus_message_read(signal, "sss", &name, &before, &now) <= 0)
         return 0;
     // The owner of a name that is not known is asked for when the name is listed.
     const auto known = self->names_.find(name);

@@ -30,7 +30,10 @@ public:
         std::chrono::milliseconds afterError{2000};
         /// How long an application may take to answer at all before it is asked anew.
         std::chrono::milliseconds answer{25000};
-        /// How long a bus that did not answer is not waited for.
+        /// How long a bus is waited for again and again, each time as long as the caller may: one that only
+        /// hesitates, on a machine that is too busy, costs those who waited and not all who come meanwhile.
+        std::chrono::milliseconds silence{1000};
+        /// How long a bus that did not answer is not waited for then.
         std::chrono::milliseconds afterSilence{2000};
     };
 
@@ -92,8 +95,10 @@ private:
     std::vector<std::string> listed_;
     std::map<std::string, Name> names_;
     std::map<std::string, Application> applications_; // by unique bus name
-    bool silent_ = false;
+    /// When the bus was first waited for in vain; absent while it answers.
+    std::optional<Deadline> silentSince_;
     Deadline quietUntil_;
+    Deadline askedAt_; // the names
 };
 
 } // namespace spotwell

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <poll.h>
+#include <thread>
 #include <utility>
 
 namespace spotwell
@@ -124,12 +125,11 @@ BusConnection::Interest BusConnection::interest() const
     return wanted;
 }
 
-void BusConnection::wait(Deadline deadline, const WakeUp* wakeUp)
+void BusConnection::wait(const Interest& interest, Deadline deadline, const WakeUp* wakeUp)
 {
-    const Interest own = interest();
     std::array<pollfd, 2> entries{pollfd{wakeUp != nullptr ? wakeUp->descriptor() : -1, POLLIN, 0},
-                                  pollfd{own.descriptor, own.events, 0}};
-    deadline = std::min(deadline, own.due);
+                                  pollfd{interest.descriptor, interest.events, 0}};
+    deadline = std::min(deadline, interest.due);
     timespec span{};
     if (deadline != Deadline::max()) {
         const auto left = std::max<Clock::duration>(deadline - Clock::now(), 0ns);
@@ -139,19 +139,34 @@ void BusConnection::wait(Deadline deadline, const WakeUp* wakeUp)
     ::ppoll(entries.data(), entries.size(), deadline == Deadline::max() ? nullptr : &span, nullptr);
 }
 
-bool BusConnection::pump(Deadline deadline, const std::function<bool()>& done, const WakeUp* wakeUp)
+bool BusConnection::pump(Deadline deadline, const std::function<bool()>& done, const WakeUp* wakeUp,
+                         Clock::duration look)
 {
-    while (true) {
-        const Step result = step();
-        if (result == Step::lost)
+    if (done())
+        return true;
+    const Deadline looksUntil = look == look.zero() ? Deadline::min() : Clock::now() + look;
+    while (bus_ && Clock::now() < looksUntil) {
+        if (step() == Step::lost)
             return false;
         if (done())
             return true;
-        if (Clock::now() >= deadline || (wakeUp != nullptr && wakeUp->isAwake()))
-            return false;
-        if (result == Step::nothing)
-            wait(deadline, wakeUp);
+        std::this_thread::yield();
     }
+    while (bus_) {
+        // First, for what is waited for has seldom come yet. Does not wait for what sd-bus holds already.
+        wait(deadline, wakeUp);
+        Step result = Step::progress;
+        while (result == Step::progress) {
+            result = step();
+            if (result == Step::lost)
+                return false;
+            if (done())
+                return true;
+            if (Clock::now() >= deadline || (wakeUp != nullptr && wakeUp->isAwake()))
+                return false;
+        }
+    }
+    return false;
 }
 
 BusReply BusConnection::call(sd_bus_message* message, Deadline deadline, const WakeUp* wakeUp)

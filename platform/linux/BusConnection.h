@@ -79,10 +79,15 @@ public:
     /// when there is no connection. Changes with everything that is sent and taken in.
     [[nodiscard]] Interest interest() const;
     /// Waits until there is something to process, `wakeUp` (which may be null) is awake, or `deadline`.
-    void wait(Deadline deadline, const WakeUp* wakeUp);
-    /// Processes and waits until `done()`, and returns true then; false at the deadline, when the connection
-    /// is lost and when `wakeUp` is awake.
-    bool pump(Deadline deadline, const std::function<bool()>& done, const WakeUp* wakeUp = nullptr);
+    void wait(Deadline deadline, const WakeUp* wakeUp) const { wait(interest(), deadline, wakeUp); }
+    /// Likewise for an interest taken before; other threads may use the connection meanwhile, but not close
+    /// it.
+    static void wait(const Interest& interest, Deadline deadline, const WakeUp* wakeUp);
+    /// Waits and processes until `done()`, and returns true then; false at the deadline, when the connection
+    /// is lost and when `wakeUp` is awake. Before the first wait it looks for as long as `look` without
+    /// sleeping: more work than a sleep, but no wake-up, where an answer is near.
+    bool pump(Deadline deadline, const std::function<bool()>& done, const WakeUp* wakeUp = nullptr,
+              Clock::duration look = {});
     /// Sends the method call `message` and waits for its answer. A null message counts as one that cannot be
     /// sent. There must be a connection.
     BusReply call(sd_bus_message* message, Deadline deadline, const WakeUp* wakeUp);

@@ -65,6 +65,25 @@ void BusNotificationCenter::post(const QString& name, const QString& object, con
     for (const auto& [key, value] : userInfo)
         notification.userInfo.emplace_back(cut(key), cut(value));
     notification.bytes = sizeOf(notification);
+    if (!sendNow(notification))
+        queue(std::move(notification));
+}
+
+bool BusNotificationCenter::sendNow(const Notification& notification)
+{
+    // Whoever holds the connection is sending something that came before.
+    const std::unique_lock bus(busMutex_, std::try_to_lock);
+    if (!bus || isAnyWaiting() || !connection_.isDrained())
+        return false;
+    send(notification);
+    // What the bus did not take at once is the worker's to bring away.
+    if (!connection_.isDrained())
+        wakeUp_.wake();
+    return true;
+}
+
+void BusNotificationCenter::queue(Notification notification)
+{
     bool firstLoss = false;
     {
         const std::lock_guard lock(mutex_);
@@ -77,11 +96,22 @@ void BusNotificationCenter::post(const QString& name, const QString& object, con
             if (waiting_.size() == 1)
                 wakeUp_.wake();
         }
-        if (!worker_.joinable())
-            worker_ = std::thread(&BusNotificationCenter::work, this);
+        beginWorker();
     }
     if (firstLoss)
         log_.line(QStringLiteral("post: too many notifications wait for the session bus, new ones are lost"));
+}
+
+void BusNotificationCenter::beginWorker()
+{
+    if (worker_.joinable())
+        return;
+    try {
+        worker_ = std::thread(&BusNotificationCenter::work, this);
+    } catch (const std::system_error&) {
+        // Out of threads for now: the notification waits, and the next one tries again.
+        return;
+    }
 }
 
 std::size_t BusNotificationCenter::sizeOf(const Notification& notification)
@@ -99,14 +129,20 @@ void BusNotificationCenter::work()
 {
     ::pthread_setname_np(::pthread_self(), "notifications");
     while (true) {
+        // First, so that nothing said after what is looked at below goes unheard.
         wakeUp_.clear();
-        sendWaiting();
         const auto endBy = deadline();
         const bool ending = endBy != BusConnection::Deadline::max();
-        const bool done = !isAnyWaiting() && (connection_.get() == nullptr || connection_.isDrained());
-        if (ending && (done || BusConnection::Clock::now() >= endBy))
-            return;
-        connection_.wait(endBy, &wakeUp_);
+        BusConnection::Interest interest;
+        {
+            const std::lock_guard bus(busMutex_);
+            sendWaiting();
+            const bool done = !isAnyWaiting() && (connection_.get() == nullptr || connection_.isDrained());
+            if (ending && (done || BusConnection::Clock::now() >= endBy))
+                return;
+            interest = connection_.interest();
+        }
+        BusConnection::wait(interest, endBy, &wakeUp_);
     }
 }
 

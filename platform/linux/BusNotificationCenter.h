@@ -17,8 +17,9 @@ namespace spotwell
 
 /// Notifications as signals on the session bus (docs/logger-interface.md).
 ///
-/// post() only queues; one worker thread, begun by the first post, builds and sends the signals in order and
-/// sleeps while there are none. While the bus does not take them the queue grows to its bounds, and then the
+/// post() sends the signal itself, without waiting, while the bus takes what it is given. When it does not,
+/// and before there is a connection, post() queues: one worker thread, begun by the first post, connects,
+/// takes in what the bus says and sends what waits, in order. The queue grows to its bounds, and then the
 /// newest are lost; without a bus all are.
 class BusNotificationCenter final : public NotificationCenter
 {
@@ -52,7 +53,13 @@ private:
     static std::size_t sizeOf(const Notification& notification);
     static int append(sd_bus_message* message, const Notification& notification);
 
+    /// Sends at once if nothing is before it and the bus takes it. False when it has to wait.
+    bool sendNow(const Notification& notification);
+    void queue(Notification notification);
+    /// With mutex_ held.
+    void beginWorker();
     void work();
+    /// Sends what waits, as far as the bus takes it. With busMutex_ held.
     void sendWaiting();
     void send(const Notification& notification);
     std::optional<Notification> takeWaiting();
@@ -64,7 +71,9 @@ private:
     Log& log_;
     const Limits limits_;
     WakeUp wakeUp_;
-    BusConnection connection_; // the worker's alone
+
+    std::mutex busMutex_; // held over each use of the connection but the wait; taken before mutex_
+    BusConnection connection_;
 
     std::mutex mutex_; // guards all below
     std::deque<Notification> waiting_;

@@ -1,5 +1,6 @@
 #include "platform/linux/BusScriptRunner.h"
 
+#include "platform/linux/ApplicationProperties.h"
 #include "platform/linux/BusText.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@ namespace spotwell
 namespace
 {
 
-constexpr const char* applicationPath = "/com/tarnbrooksoftware/Application";
 constexpr const char* scriptingInterface = "com.tarnbrooksoftware.Scripting";
 
 QString cancelledText()

@@ -4,6 +4,7 @@
 #include <QDesktopServices>
 #include <QUrl>
 
+#include <system_error>
 #include <utility>
 
 namespace spotwell
@@ -41,7 +42,11 @@ void DesktopFileViewer::selectFile(const QString& file, const QString& folder)
 {
     stop();
     stopping_.clear();
-    worker_ = std::thread([this, file, folder] { show(file, folder); });
+    try {
+        worker_ = std::thread([this, file, folder] { show(file, folder); });
+    } catch (const std::system_error& error) {
+        openFolderInstead(QString::fromLocal8Bit(error.what()), folder);
+    }
 }
 
 void DesktopFileViewer::stop()
@@ -61,8 +66,13 @@ void DesktopFileViewer::show(const QString& file, const QString& folder)
     if (reply.end == BusReply::End::answered || reply.end == BusReply::End::woken)
         return;
     const bool answered = reply.end == BusReply::End::failed;
-    log_.line(QStringLiteral("selectFile: no file manager shows the file (%1), opening the folder")
-                  .arg(answered ? reply.error : QStringLiteral("no answer")));
+    openFolderInstead(answered ? reply.error : QStringLiteral("no answer"), folder);
+}
+
+void DesktopFileViewer::openFolderInstead(const QString& reason, const QString& folder)
+{
+    log_.line(
+        QStringLiteral("selectFile: no file manager shows the file (%1), opening the folder").arg(reason));
     openFolder_(folder);
 }
 

@@ -21,7 +21,8 @@ void openFolderOnDesktop(const QString& folder);
 class DesktopFileViewer final : public FileViewer
 {
 public:
-    /// Opens a folder in its default handler. Called on a thread of this object's own.
+    /// Opens a folder in its default handler. Called on a thread of this object's own, or, where there is
+    /// none to be had, on the caller's.
     using FolderOpener = std::function<void(const QString& folder)>;
 
     /// `limit` is how long a file manager, which the bus may have to start first, is waited for.
@@ -36,6 +37,7 @@ public:
 
 private:
     void show(const QString& file, const QString& folder);
+    void openFolderInstead(const QString& reason, const QString& folder);
     void stop();
 
     SessionBus& bus_;

@@ -3,11 +3,27 @@
 namespace spotwell
 {
 
+namespace
+{
+
+/// What a variable says, or a directory of the home.
+QString base(const QString& variable, const QString& home, const QString& otherwise)
+{
+    return variable.startsWith(QLatin1Char('/')) ? variable : home + QLatin1Char('/') + otherwise;
+}
+
+} // namespace
+
 QString debugLogDirectory(const QString& stateHome, const QString& home)
 {
-    const QString base =
-        stateHome.startsWith(QLatin1Char('/')) ? stateHome : home + QStringLiteral("/.local/state");
-    return base + QStringLiteral("/tarnbrooksoftware/Logwright/debug_log_files");
+    return base(stateHome, home, QStringLiteral(".local/state")) +
+           QStringLiteral("/tarnbrooksoftware/Logwright/debug_log_files");
+}
+
+QString settingsFilePath(const QString& configHome, const QString& home)
+{
+    return base(configHome, home, QStringLiteral(".config")) +
+           QStringLiteral("/tarnbrooksoftware/spotwell.conf");
 }
 
 } // namespace spotwell

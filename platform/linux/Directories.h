@@ -10,4 +10,7 @@ namespace spotwell
 /// else below ~/.local/state of `home`.
 [[nodiscard]] QString debugLogDirectory(const QString& stateHome, const QString& home);
 
+/// The settings file: likewise below `configHome` (the variable XDG_CONFIG_HOME), else below ~/.config.
+[[nodiscard]] QString settingsFilePath(const QString& configHome, const QString& home);
+
 } // namespace spotwell

@@ -4,6 +4,8 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <thread>
 
 namespace spotwell
 {
@@ -12,14 +14,23 @@ namespace spotwell
 class LinuxPlatform
 {
 public:
-    /// What has to be so before anything else happens in the process: new files are the user's alone, a peer
-    /// that has gone is an error and no signal, and the toolkit's messages go to the log.
-    static void prepareProcess();
+    struct Prepared {
+        /// Of a session bus that hangs; empty when the address is the environment's to tell.
+        std::string busAddress;
+        /// Reads the font configuration; to be joined once the application object is made. No thread where
+        /// none can be had.
+        std::thread fonts;
+    };
+    /// What has to be so before anything else happens in the process: the standard streams are taken, new
+    /// files are the user's alone, a peer that has gone is an error and no signal, the toolkit's messages go
+    /// to the log, and the application object, to be made next, waits for events in the cheapest way and does
+    /// not find a session bus that hangs. Changes the environment, so no other thread is to run yet.
+    [[nodiscard]] static Prepared prepareProcess();
     /// Where the diagnostics logs of this user go.
     [[nodiscard]] static QString logDirectory();
 
-    /// `version` is the program's own, as web services are told.
-    explicit LinuxPlatform(const QString& version);
+    /// `version` is the program's own, as web services are told; `busAddress` is what prepareProcess() gave.
+    LinuxPlatform(const QString& version, std::string busAddress);
     ~LinuxPlatform();
     LinuxPlatform(const LinuxPlatform&) = delete;
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;

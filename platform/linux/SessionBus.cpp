@@ -10,11 +10,7 @@
 namespace spotwell
 {
 
-namespace
-{
-
-/// Where the session's own bus is; absent when nothing tells.
-std::optional<std::string> addressFromEnvironment()
+std::optional<std::string> SessionBus::addressFromEnvironment()
 {
     if (const char* const address = std::getenv("DBUS_SESSION_BUS_ADDRESS"))
         return address;
@@ -24,8 +20,6 @@ std::optional<std::string> addressFromEnvironment()
     // Escaped as an address asks for (D-Bus specification, "Server Addresses").
     return "unix:path=" + QByteArray(directory).toPercentEncoding("/", "~").toStdString() + "/bus";
 }
-
-} // namespace
 
 SessionBus::SessionBus(Log& log, std::string address) : log_(log), address_(std::move(address)) {}
 

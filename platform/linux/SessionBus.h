@@ -22,6 +22,9 @@ public:
     /// `address` is a D-Bus server address; when empty, the session's own from the environment.
     explicit SessionBus(Log& log, std::string address = {});
 
+    /// Where the session's own bus is; absent when nothing tells.
+    [[nodiscard]] static std::optional<std::string> addressFromEnvironment();
+
     /// Begins a private connection and returns at once, before the bus has answered. Null when there is no
     /// bus.
     sd_bus* connect(const char* description);

@@ -1,13 +1,17 @@
 #include "platform/linux/SettingsUserDefaults.h"
 
+#include <QVariant>
+
+#include <utility>
+
 namespace spotwell
 {
 
-SettingsUserDefaults::SettingsUserDefaults(const QString& organization, const QString& application, Log& log)
-    : log_(log), settings_(organization, application)
+SettingsUserDefaults::SettingsUserDefaults(QString path, Log& log) : path_(std::move(path)), log_(log)
 {
-    // The user's own file and no other: a key that was never written has no value.
-    settings_.setFallbacksEnabled(false);
+    turnEnd_.setSingleShot(true);
+    turnEnd_.setInterval(0);
+    turnEnd_.callOnTimeout([this] { save(); });
 }
 
 SettingsUserDefaults::~SettingsUserDefaults()
@@ -17,33 +21,47 @@ SettingsUserDefaults::~SettingsUserDefaults()
 
 void SettingsUserDefaults::save()
 {
-    settings_.sync();
-    if (settings_.status() != QSettings::NoError)
-        log_.line(QStringLiteral("save: could not write %1").arg(settings_.fileName()));
+    turnEnd_.stop();
+    if (!isUnsaved_)
+        return;
+    const QString trouble = writeSettingsFile(path_, texts());
+    isUnsaved_ = !trouble.isEmpty();
+    if (trouble != std::exchange(lastTrouble_, trouble) && isUnsaved_)
+        log_.line(QStringLiteral("save: could not write %1 - %2").arg(path_, trouble));
 }
 
 std::optional<QString> SettingsUserDefaults::string(const QString& key) const
 {
-    const QVariant value = settings_.value(key);
-    if (!value.isValid())
-        return std::nullopt;
-    // A hand-edited text with a bare comma is read as a list.
-    return value.toStringList().join(QLatin1Char(','));
+    const auto found = texts().constFind(key);
+    return found == texts().constEnd() ? std::nullopt : std::optional{*found};
 }
 
 bool SettingsUserDefaults::boolean(const QString& key) const
 {
-    return settings_.value(key).toBool();
+    return QVariant(texts().value(key)).toBool();
 }
 
 void SettingsUserDefaults::setString(const QString& key, const QString& value)
 {
-    settings_.setValue(key, value);
+    texts().insert(key, value);
+    isUnsaved_ = true;
+    turnEnd_.start();
 }
 
 void SettingsUserDefaults::setBoolean(const QString& key, bool value)
 {
-    settings_.setValue(key, value);
+    setString(key, value ? QStringLiteral("true") : QStringLiteral("false"));
+}
+
+SettingsTexts& SettingsUserDefaults::texts() const
+{
+    if (!texts_) {
+        SettingsContent content = readSettingsFile(path_);
+        if (!content.trouble.isEmpty())
+            log_.line(QStringLiteral("read: could not read all of %1 - %2").arg(path_, content.trouble));
+        texts_ = std::move(content.texts);
+    }
+    return *texts_;
 }
 
 } // namespace spotwell

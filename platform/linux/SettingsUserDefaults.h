@@ -2,18 +2,26 @@
 
 #include "platform/Log.h"
 #include "platform/UserDefaults.h"
+#include "platform/linux/SettingsFile.h"
 
-#include <QSettings>
+#include <QTimer>
+
+#include <optional>
 
 namespace spotwell
 {
 
-/// The settings store in the organisation's and program's file below the user's configuration directory
-/// ($XDG_CONFIG_HOME, ~/.config), in QSettings' native format.
+/// The settings store in a file of QSettings' INI format.
+///
+/// The file is read once, when the first value is asked for. It is written as a whole at the end of the event
+/// loop's turn in which something was set, when told, and when the store is destroyed; so what others write
+/// to it meanwhile has an effect only when nothing is set any more. Where reading fails the settings count
+/// as never written; where writing fails the texts are kept for the next attempt. Either is logged, writing
+/// as often as the reason changes.
 class SettingsUserDefaults final : public UserDefaults
 {
 public:
-    SettingsUserDefaults(const QString& organization, const QString& application, Log& log);
+    SettingsUserDefaults(QString path, Log& log);
     ~SettingsUserDefaults() override;
     SettingsUserDefaults(const SettingsUserDefaults&) = delete;
     SettingsUserDefaults& operator=(const SettingsUserDefaults&) = delete;
@@ -23,12 +31,19 @@ public:
     void setString(const QString& key, const QString& value) override;
     void setBoolean(const QString& key, bool value) override;
 
-    /// Writes the file now; a failure goes to the log.
+    /// Writes what was set since the last time.
     void save();
 
 private:
+    [[nodiscard]] SettingsTexts& texts() const;
+
+    const QString path_;
     Log& log_;
-    QSettings settings_;
+    /// What the file has and what was set; absent before the file was read.
+    mutable std::optional<SettingsTexts> texts_;
+    bool isUnsaved_ = false;
+    QString lastTrouble_;
+    QTimer turnEnd_;
 };
 
 } // namespace spotwell

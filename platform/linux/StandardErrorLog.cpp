@@ -4,11 +4,15 @@
 
 #include <QtGlobal>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <mutex>
+#include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace spotwell
@@ -44,29 +48,78 @@ QString escaped(QStringView text)
     return result;
 }
 
-void writeWhole(const QByteArray& entry)
+/// Whether what waits for a reader, a pipe or a terminal, takes so many bytes now (at most PIPE_BUF). It may
+/// never do again, and nobody here waits for that.
+bool takes(bool isKnownToBeStuck)
 {
-    const char* from = entry.constData();
-    auto left = static_cast<std::size_t>(entry.size());
-    while (left > 0) {
-        const ssize_t written = ::write(STDERR_FILENO, from, left);
+    constexpr int graceMilliseconds = 50;
+    pollfd standardError{STDERR_FILENO, POLLOUT, 0};
+    return ::poll(&standardError, 1, isKnownToBeStuck ? 0 : graceMilliseconds) == 1 &&
+           (standardError.revents & POLLOUT) != 0;
+}
+
+/// How many bytes were written.
+qsizetype write(const QByteArray& entry, bool isKnownToBeStuck)
+{
+    struct stat status {
+    };
+    const bool isFile = ::fstat(STDERR_FILENO, &status) == 0 && S_ISREG(status.st_mode);
+    qsizetype done = 0;
+    while (done < entry.size()) {
+        if (!isFile && !takes(isKnownToBeStuck))
+            break;
+        const qsizetype left = entry.size() - done;
+        const qsizetype piece = isFile ? left : std::min<qsizetype>(left, PIPE_BUF);
+        const ssize_t written =
+            ::write(STDERR_FILENO, entry.constData() + done, static_cast<std::size_t>(piece));
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0)
-            return;
-        from += written;
-        left -= static_cast<std::size_t>(written);
+            break;
+        done += written;
     }
+    return done;
 }
+
+/// Entries on their way to standard error, which belongs to the process.
+class Entries
+{
+public:
+    void write(const QString& text)
+    {
+        // Keeps entries whole and their times in order.
+        const std::lock_guard guard(mutex_);
+        if (lost_ > 0 && !writeWhole(QStringLiteral("StandardErrorLog: %1 entries were lost").arg(lost_))) {
+            ++lost_;
+            return;
+        }
+        lost_ = writeWhole(text) ? 0 : 1;
+    }
+
+private:
+    bool writeWhole(const QString& text)
+    {
+        const LogOrigin origin{QByteArrayLiteral("spotwell"), ::getpid(), ::gettid()};
+        QByteArray entry = logEntry(text, SystemClock().now(), origin);
+        if (isTorn_)
+            entry.prepend('\n');
+        const qsizetype done = spotwell::write(entry, lost_ > 0);
+        if (done > 0)
+            isTorn_ = done < entry.size();
+        return done == entry.size();
+    }
+
+    std::mutex mutex_;
+    /// Since the last one that was written.
+    qsizetype lost_ = 0;
+    /// Whether the last one was written in part.
+    bool isTorn_ = false;
+};
 
 void writeEntry(const QString& text)
 {
-    // Standard error belongs to the process, and so does its lock: it keeps entries whole and their times in
-    // order.
-    static std::mutex lock;
-    const LogOrigin origin{QByteArrayLiteral("spotwell"), ::getpid(), ::gettid()};
-    const std::lock_guard guard(lock);
-    writeWhole(logEntry(text, SystemClock().now(), origin));
+    static Entries entries;
+    entries.write(text);
 }
 
 void handleQtMessage(QtMsgType type, const QMessageLogContext&, const QString& message)

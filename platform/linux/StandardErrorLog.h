@@ -24,6 +24,10 @@ struct LogOrigin {
 [[nodiscard]] QByteArray logEntry(const QString& text, TimePoint time, const LogOrigin& origin);
 
 /// The diagnostics log on the process's standard error stream, wherever that leads at the moment of the call.
+///
+/// Where an entry cannot be written, on a full disk or to a pipe that nobody reads, it is lost, and the next
+/// one that can be written comes after one that says how many were. Nobody waits for a reader longer than
+/// 50 ms, and not again before that reader has taken something.
 class StandardErrorLog final : public Log
 {
 public:

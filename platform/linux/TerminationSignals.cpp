@@ -19,14 +19,20 @@ constexpr std::array<int, 3> terminationSignals{SIGTERM, SIGINT, SIGHUP};
 // A signal handler reaches nothing but the process itself: the two ends of its pipe.
 std::atomic<int> writeEnd = -1;
 int readEnd = -1;
+std::atomic<bool> isPending = false;
 
 void handleSignal(int)
 {
     const int error = errno;
     const char byte = 0;
+    if (!isPending.exchange(true))
+        (void)::alarm(TerminationSignals::bound);
     (void)!::write(writeEnd.load(), &byte, 1);
     errno = error;
 }
+
+// For what comes while the process ends already. Not SIG_IGN, which would look like the parent's.
+void handleLate(int) {}
 
 void setHandler(void (*handler)(int))
 {
@@ -58,14 +64,22 @@ TerminationSignals::TerminationSignals(std::function<void()> requested) : reques
         }
         requested_();
     });
+    isPending = false;
+    (void)std::signal(SIGALRM, SIG_DFL);
     setHandler(handleSignal);
+}
+
+void TerminationSignals::liftBound()
+{
+    isPending = true; // no later one sets it again
+    (void)::alarm(0);
 }
 
 TerminationSignals::~TerminationSignals()
 {
     if (!notifier_)
         return;
-    setHandler(SIG_DFL);
+    setHandler(handleLate);
     notifier_.reset();
     ::close(writeEnd.exchange(-1));
     ::close(std::exchange(readEnd, -1));

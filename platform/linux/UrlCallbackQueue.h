@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/UrlSession.h"
-#include "platform/linux/LinuxQueues.h"
 #include "platform/linux/UrlAccount.h"
+#include "platform/linux/WorkerPool.h"
 
 namespace spotwell
 {
@@ -24,7 +24,8 @@ public:
     void end() { queue_.end(); }
 
 private:
-    ThreadSerialQueue queue_{QStringLiteral("url-callbacks")};
+    PooledSerialQueue queue_{std::make_shared<WorkerPool>(QStringLiteral("url-callbacks")),
+                             QStringLiteral("url-callbacks")};
 };
 
 } // namespace spotwell

@@ -51,7 +51,10 @@ QString urlHostKey(const QString& url)
 }
 
 UrlHost::UrlHost(const UrlTransferRules& rules, UrlCallbackQueue& callbacks, WakeUp& released)
-    : rules_(rules), callbacks_(callbacks), account_(std::make_shared<UrlAccount>(rules.limits, released))
+    : rules_(rules),
+      callbacks_(callbacks),
+      released_(released),
+      account_(std::make_shared<UrlAccount>(rules.limits, released))
 {
     watch_.setInterval(watchInterval);
     QObject::connect(&watch_, &QTimer::timeout, &watch_, [this] { lookAtConnections(); });
@@ -60,7 +63,13 @@ UrlHost::UrlHost(const UrlTransferRules& rules, UrlCallbackQueue& callbacks, Wak
 UrlHost::~UrlHost()
 {
     line_.clear();
-    // The client waits for its thread, and that for the connection it is reading from.
+    endClient();
+}
+
+void UrlHost::endClient()
+{
+    // The client waits for its thread, and that for the connection it is reading from, be it one that was
+    // made only after its transfer was given up.
     connections_.reset();
     manager_.reset();
 }
@@ -89,6 +98,8 @@ void UrlHost::start(UrlTask task)
                         std::move(booking));
         return;
     }
+    if (std::exchange(isClientSpent_, false))
+        endClient();
     if (!manager_) {
         manager_ = std::make_unique<QNetworkAccessManager>();
         manager_->setProxyFactory(new SystemProxyFactory);
@@ -116,11 +127,15 @@ void UrlHost::noteEnd(UrlTransfer& transfer)
     taken_ += transfer.takeCount() + usualOverhead;
     if (running_.empty()) {
         watch_.stop();
-        // Qt's thread can go on with an aborted transfer as long as the server does.
-        if (transfer.hasFailed())
+        // Qt's thread can go on with an aborted transfer as long as the server does, and what it has to say
+        // of a connection that broke it would say of the next transfer.
+        if (transfer.hasFailed()) {
             connections_.reset();
+            isClientSpent_ = true;
+        }
     }
-    startTasks();
+    // Not from within a signal of the client that is to end.
+    released_.wake();
 }
 
 void UrlHost::lookAtConnections()
@@ -132,7 +147,6 @@ void UrlHost::lookAtConnections()
         return;
     unseen_ = 0;
     connections_.reset();
-    // Each that ends lets another start.
     for (UrlTransfer* const transfer : std::set(running_))
         transfer->fail(QStringLiteral("The server sends too much that is no answer."));
 }
@@ -142,7 +156,8 @@ QNetworkRequest UrlHost::requestFor(const QUrl& url) const
     QNetworkRequest request(url);
     request.setRawHeader("User-Agent", rules_.userAgent);
     request.setTransferTimeout(timerInterval(rules_.configuration.timeoutIntervalForRequest));
-    request.setDecompressedSafetyCheckThreshold(rules_.limits.body);
+    // Each transfer counts what it takes, decompressed; Qt's own check cannot say what is wrong.
+    request.setDecompressedSafetyCheckThreshold(-1);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     // The manager has no cache; this asks the proxies on the way to do without theirs.
     if (rules_.configuration.requestCachePolicy ==

@@ -2,6 +2,7 @@
 
 #include "platform/linux/ServerConnections.h"
 #include "platform/linux/UrlCallbackQueue.h"
+#include "platform/linux/WakeUp.h"
 
 #include <QByteArray>
 #include <QString>
@@ -58,6 +59,8 @@ public:
 
 private:
     void start(UrlTask task);
+    /// Ends the client, which has nothing to do any more, or what it does is aborted.
+    void endClient();
     void noteEnd(UrlTransfer& transfer);
     [[nodiscard]] QNetworkRequest requestFor(const QUrl& url) const;
     /// Ends what runs when the client reads and reads without handing anything over.
@@ -65,6 +68,7 @@ private:
 
     const UrlTransferRules& rules_;
     UrlCallbackQueue& callbacks_;
+    WakeUp& released_;
     const std::shared_ptr<UrlAccount> account_;
     std::deque<UrlTask> line_;
     std::set<UrlTransfer*> running_;
@@ -75,6 +79,8 @@ private:
     /// Bytes read from the connections beyond what was handed over.
     qint64 unseen_ = 0;
     std::unique_ptr<QNetworkAccessManager> manager_;
+    /// Whether the next transfer takes a new client; nothing runs then.
+    bool isClientSpent_ = false;
 };
 
 } // namespace spotwell

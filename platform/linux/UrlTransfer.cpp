@@ -37,6 +37,11 @@ bool isHttpStatusError(QNetworkReply::NetworkError error, int status)
     }
 }
 
+QString whole(const QString& errorText)
+{
+    return errorText.endsWith(QLatin1String(": ")) ? errorText.chopped(2) : errorText;
+}
+
 UrlTransfer::UrlTransfer(QNetworkReply& reply, const UrlSessionConfiguration& configuration,
                          const UrlSessionLimits& limits, UrlBooking booking, UrlCallbackQueue& callbacks,
                          UrlSession::CompletionHandler completionHandler,
@@ -123,10 +128,11 @@ void UrlTransfer::noteError(QNetworkReply::NetworkError error)
     if (!failure_.isNull() || isHttpStatusError(error, status))
         return;
     // This class notes a failure of its own before it aborts; all other aborts are the request time-out's.
-    failure_ = error == QNetworkReply::OperationCanceledError
-                   ? QStringLiteral("No data came for %1 seconds.")
-                         .arg(configuration_.timeoutIntervalForRequest.count())
-                   : reply_.errorString();
+    if (error == QNetworkReply::OperationCanceledError)
+        failure_ = QStringLiteral("No data came for %1 seconds.")
+                       .arg(configuration_.timeoutIntervalForRequest.count());
+    else
+        failure_ = whole(reply_.errorString());
 }
 
 bool UrlTransfer::isCutOff() const

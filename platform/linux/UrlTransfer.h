@@ -18,6 +18,9 @@ namespace spotwell
 /// and 15.6).
 [[nodiscard]] bool isHttpStatusError(QNetworkReply::NetworkError error, int status);
 
+/// The client's `errorText` without the colon of a reason that it does not give.
+[[nodiscard]] QString whole(const QString& errorText);
+
 /// One transfer, from its start to the handing over of its end. Belongs to its reply and lives on the network
 /// thread.
 class UrlTransfer final : public QObject

@@ -71,6 +71,23 @@ TEST_F(AppDelegateTest, ASpotTravelsFromTheNodeToTheLogger)
     EXPECT_FALSE(window.lgwtRunningButton->icon().isNull()) << "the line's finding is shown, too";
 }
 
+TEST_F(AppDelegateTest, WhatTheNodeSaidComesBeforeItsGoodbye)
+{
+    FakeConnection& node = connect();
+    node.receive("bye\r\n");
+    program.runQueues();
+    // Within a frame, so that the line waits for its turn.
+    node.receive("now\r\n");
+    program.queue("telnet_buffer_queue").runPending();
+    EXPECT_EQ(program.console().last(), QStringLiteral("teln bye"));
+    node.inputEvent(StreamEvent::endEncountered);
+    EXPECT_EQ(program.console().mid(program.console().size() - 3),
+              (QStringList{QStringLiteral("teln bye"), QStringLiteral("teln now"),
+                           QStringLiteral("closeTelnetConnection")}));
+    program.mainQueue.advance(Seconds{0.06});
+    EXPECT_EQ(program.console().last(), QStringLiteral("closeTelnetConnection"));
+}
+
 TEST_F(AppDelegateTest, AnsweringThePasswordFollowsTheField)
 {
     FakeConnection& node = connect();

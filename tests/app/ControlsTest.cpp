@@ -1,5 +1,7 @@
-#include "platform/linux/LinuxQueues.h"
+#include "app/Images.h"
 #include "platform/linux/PosixProcessServices.h"
+#include "platform/linux/QtMainQueue.h"
+#include "platform/linux/WorkerPool.h"
 #include "tests/app/FakeProgram.h"
 #include "tests/fakes/WaitUntil.h"
 
@@ -32,11 +34,6 @@ constexpr std::array<Box, 7> boxes{{{"reconnect", &MainWindow::reconnectCheckBox
 QImage imageOf(const QIcon& icon)
 {
     return icon.pixmap(64, 64).toImage();
-}
-
-QImage imageNamed(const char* name)
-{
-    return imageOf(QIcon(QStringLiteral(":/images/") + QLatin1String(name)));
 }
 
 const QByteArray heardSpot = "DX de N0CALL:    21205.0  X1X          CQ                             1428Z";
@@ -96,22 +93,23 @@ TEST_F(ControlsTest, EachKeySetsItsOwnBoxAtLaunch)
 
 TEST_F(ControlsTest, TheTwoBulbsDiffer)
 {
-    ASSERT_FALSE(imageNamed("green_ball.svg").isNull());
-    ASSERT_FALSE(imageNamed("gray_ball.svg").isNull());
-    EXPECT_NE(imageNamed("green_ball.svg"), imageNamed("gray_ball.svg"));
+    ASSERT_FALSE(imageOf(imageNamed(QStringLiteral("green_ball"))).isNull());
+    ASSERT_FALSE(imageOf(imageNamed(QStringLiteral("gray_ball"))).isNull());
+    EXPECT_NE(imageOf(imageNamed(QStringLiteral("green_ball"))),
+              imageOf(imageNamed(QStringLiteral("gray_ball"))));
 }
 
 TEST_F(ControlsTest, ATickShowsTheGreenBulbOrTheGreyOne)
 {
     program.launch();
     program.mainQueue.advance(Seconds{5});
-    EXPECT_EQ(bulb(), imageNamed("gray_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("gray_ball"))));
     program.applications.add(loggerName(), QStringLiteral("6.45"));
     program.mainQueue.advance(Seconds{5});
-    EXPECT_EQ(bulb(), imageNamed("green_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("green_ball"))));
     program.applications.applications.clear();
     program.mainQueue.advance(Seconds{5});
-    EXPECT_EQ(bulb(), imageNamed("gray_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("gray_ball"))));
 }
 
 TEST_F(ControlsTest, ALineShowsTheGreenBulbOrTheGreyOne)
@@ -119,13 +117,13 @@ TEST_F(ControlsTest, ALineShowsTheGreenBulbOrTheGreyOne)
     program.launch();
     window.connected->click();
     hearSpot();
-    EXPECT_EQ(bulb(), imageNamed("gray_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("gray_ball"))));
     program.applications.add(loggerName(), QStringLiteral("6.45"));
     hearSpot();
-    EXPECT_EQ(bulb(), imageNamed("green_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("green_ball"))));
     program.applications.applications.clear();
     hearSpot();
-    EXPECT_EQ(bulb(), imageNamed("gray_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("gray_ball"))));
 }
 
 TEST_F(ControlsTest, TheLatestFindingIsShownWhoeverMadeIt)
@@ -135,13 +133,13 @@ TEST_F(ControlsTest, TheLatestFindingIsShownWhoeverMadeIt)
     program.mainQueue.advance(Seconds{5});
     program.applications.add(loggerName(), QStringLiteral("6.45"));
     hearSpot();
-    EXPECT_EQ(bulb(), imageNamed("green_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("green_ball"))));
     program.applications.applications.clear();
     program.mainQueue.advance(Seconds{5});
-    EXPECT_EQ(bulb(), imageNamed("gray_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("gray_ball"))));
     program.applications.add(loggerName(), QStringLiteral("6.45"));
     hearSpot();
-    EXPECT_EQ(bulb(), imageNamed("green_ball.svg"));
+    EXPECT_EQ(bulb(), imageOf(imageNamed(QStringLiteral("green_ball"))));
 }
 
 TEST_F(ControlsTest, TheConsoleHasTheAppearancesBackground)
@@ -208,7 +206,8 @@ TEST(ThreadCheck, WarnsWithTheStackOfARealQueue)
     EXPECT_TRUE(log.lines.isEmpty());
 
     std::atomic<bool> done = false;
-    ThreadSerialQueue queue(QStringLiteral("a queue"));
+    PooledSerialQueue queue(std::make_shared<WorkerPool>(QStringLiteral("workers")),
+                            QStringLiteral("a queue"));
     queue.async([&] {
         diagnostics.threadCheckWarning();
         done = true;

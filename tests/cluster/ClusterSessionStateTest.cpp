@@ -46,8 +46,10 @@ TEST_F(ClusterSessionStateTest, AnOpenThatFailsCountsAsTriedOnly)
     session.closeTelnetConnection();
     const TimePoint firstTime = session.sessionStartupTime();
     sockets.makeOutput = false;
+    host.dxcluster = QStringLiteral("other.example.org");
     clock.advance(Seconds{100});
     open();
+    EXPECT_EQ(session.telnetHostName(), QStringLiteral("other.example.org"));
     EXPECT_EQ(session.bytesReceived(), 0);
     EXPECT_EQ(session.lastRecievedMessageTime(), clock.now());
     EXPECT_EQ(session.sessionStartupTime(), firstTime) << "no streams, no session";

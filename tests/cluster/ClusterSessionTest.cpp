@@ -67,6 +67,7 @@ TEST_F(ClusterSessionTest, SaysWhenNoStreamsCouldBeMade)
                                               "Port:7300")}));
         EXPECT_EQ(host.console, QStringList{QStringLiteral("openTelnetConnection")});
         EXPECT_FALSE(host.connected);
+        EXPECT_EQ(session.telnetHostName(), QStringLiteral("dxc.example.org"));
         EXPECT_TRUE(sockets.last().calls.isEmpty());
     }
 }

@@ -33,6 +33,11 @@ public:
         note(QStringLiteral("console ") + text);
         console.append(text);
     }
+    void postText(const QString& text) override
+    {
+        posted.append(text);
+        appendText(text);
+    }
     void threadCheckWarning() const override
     {
         note(QStringLiteral("thread check"));
@@ -52,6 +57,8 @@ public:
     bool reconnect = true;
     bool connected = false;
     QStringList console;
+    /// What of it was posted.
+    QStringList posted;
     QStringList spots;
     QStringList nodes;
     FakeSerialQueue buffer;

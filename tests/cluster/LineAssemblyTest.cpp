@@ -127,7 +127,8 @@ TEST_F(LineAssemblyTest, ShowsEveryLineThatIsNotEmpty)
 TEST_F(LineAssemblyTest, TouchesTheConsoleOnTheMainThreadOnly)
 {
     assembly.processInputStream({QStringLiteral("login:")}, QString());
-    EXPECT_TRUE(host.console.isEmpty());
+    EXPECT_EQ(host.posted, QStringList{QStringLiteral("teln login:")});
+    EXPECT_EQ(host.console, host.posted);
     EXPECT_EQ(mainQueue.timerCount(), 0U);
 }
 

@@ -1,7 +1,6 @@
 #include "delivery/LineDelivery.h"
 
 #include "tests/fakes/FakeServices.h"
-#include "tests/fakes/FakeTime.h"
 #include "tests/fakes/Printers.h"
 
 #include <gtest/gtest.h>
@@ -21,9 +20,17 @@ struct LineDeliveryTest : testing::Test {
         delivery.sendSpotLineToLogwright(line, QStringLiteral("dxc.example.org"));
     }
     void runLogwright(const std::optional<QString>& version) { applications.add(loggerName(), version); }
+    /// Keeps in one journal, from now on, what is asked, said and shown.
+    void keepJournal()
+    {
+        const Note note = [this](const QString& entry) { journal.append(entry); };
+        applications.note = note;
+        center.note = note;
+        scripts.note = note;
+        log.note = note;
+        display = note;
+    }
 
-    FakeClock clock;
-    FakeMainQueue mainQueue{clock};
     FakeRunningApplications applications;
     FakeNotificationCenter center;
     FakeScriptRunner scripts;
@@ -31,13 +38,20 @@ struct LineDeliveryTest : testing::Test {
     LoggerPresence presence{applications, log};
     QStringList console;
     std::vector<bool> bulb;
+    QStringList journal;
+    Note display = ignore;
     LineDelivery delivery{presence,
                           center,
                           scripts,
-                          mainQueue,
                           log,
-                          {[this](bool running) { bulb.push_back(running); },
-                           [this](const QString& text) { console.append(text); }}};
+                          {[this](bool running) {
+                               display(running ? QStringLiteral("green") : QStringLiteral("grey"));
+                               bulb.push_back(running);
+                           },
+                           [this](const QString& text) {
+                               display(QStringLiteral("show ") + text);
+                               console.append(text);
+                           }}};
 };
 
 } // namespace
@@ -46,7 +60,6 @@ TEST_F(LineDeliveryTest, AnEmptyLineDoesNothing)
 {
     runLogwright(QStringLiteral("7"));
     send(QString());
-    mainQueue.runPending();
     EXPECT_EQ(applications.reads, 0);
     EXPECT_TRUE(bulb.empty());
     EXPECT_TRUE(log.lines.isEmpty());
@@ -58,8 +71,6 @@ TEST_F(LineDeliveryTest, WithoutLogwrightTheLineIsLost)
 {
     send(spotLine);
     EXPECT_EQ(log.lines, QStringList{QStringLiteral("Logwright is not running")});
-    EXPECT_TRUE(bulb.empty()) << "the bulb belongs to the main thread";
-    mainQueue.runPending();
     EXPECT_EQ(bulb, std::vector{false});
     EXPECT_TRUE(center.posted.empty());
     EXPECT_TRUE(scripts.scripts.isEmpty());
@@ -84,7 +95,6 @@ TEST_F(LineDeliveryTest, From645OnTheLineGoesByNotification)
                             {QStringLiteral("source"), QStringLiteral("dxc.example.org")}}));
     }
     EXPECT_TRUE(scripts.scripts.isEmpty());
-    mainQueue.runPending();
     EXPECT_EQ(bulb, std::vector(5, true));
     EXPECT_TRUE(log.lines.isEmpty());
 }
@@ -104,7 +114,6 @@ TEST_F(LineDeliveryTest, BelowItGoesByScript)
                               QStringLiteral("\"\nend tell\n")});
     }
     EXPECT_TRUE(center.posted.empty());
-    mainQueue.runPending();
     EXPECT_EQ(bulb, std::vector(6, true));
     EXPECT_TRUE(console.isEmpty());
     EXPECT_TRUE(log.lines.isEmpty());
@@ -116,12 +125,39 @@ TEST_F(LineDeliveryTest, AScriptErrorIsLoggedAndShown)
     scripts.error = QStringLiteral("100% %@ refused");
     send(spotLine);
     EXPECT_EQ(log.lines, QStringList{QStringLiteral("AppleScript Error:100% %@ refused")});
-    EXPECT_TRUE(console.isEmpty()) << "the console belongs to the main thread";
-    mainQueue.runPending();
     EXPECT_EQ(console, QStringList{QStringLiteral("AppleScript Error:100% %@ refused")});
     scripts.error.reset();
     send(spotLine);
     EXPECT_EQ(scripts.scripts.size(), 2) << "the next line is tried in the same way";
+}
+
+TEST_F(LineDeliveryTest, TheLossIsLoggedBeforeTheBulbIsGrey)
+{
+    keepJournal();
+    send(spotLine);
+    EXPECT_EQ(journal, (QStringList{QStringLiteral("look for applications"),
+                                    QStringLiteral("log Logwright is not running"), QStringLiteral("grey")}));
+}
+
+TEST_F(LineDeliveryTest, TheBulbIsGreenBeforeTheLineGoes)
+{
+    runLogwright(QStringLiteral("6.45"));
+    keepJournal();
+    send(spotLine);
+    EXPECT_EQ(journal, (QStringList{QStringLiteral("look for applications"), QStringLiteral("green"),
+                                    QStringLiteral("post com.tarnbrooksoftware.spotwell_line")}));
+}
+
+TEST_F(LineDeliveryTest, TheBulbIsGreenBeforeTheScriptAndItsErrorLoggedBeforeItIsShown)
+{
+    runLogwright(QStringLiteral("6.44"));
+    scripts.error = QStringLiteral("refused");
+    keepJournal();
+    send(spotLine);
+    EXPECT_EQ(journal,
+              (QStringList{QStringLiteral("look for applications"), QStringLiteral("green"),
+                           QStringLiteral("run a script"), QStringLiteral("log AppleScript Error:refused"),
+                           QStringLiteral("show AppleScript Error:refused")}));
 }
 
 TEST(ProcessSpotScript, TurnsQuotesAndBackslashesIntoFullStopsOneForOne)

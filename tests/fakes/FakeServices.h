@@ -45,9 +45,11 @@ public:
 
     void post(const QString& name, const QString& object, const UserInfo& userInfo) override
     {
+        note(QStringLiteral("post ") + name);
         posted.push_back({name, object, userInfo});
     }
     std::vector<Posted> posted;
+    Note note = ignore;
 };
 
 /// Answers with a list the test sets, and counts how often it was read.
@@ -76,11 +78,13 @@ class FakeScriptRunner final : public ScriptRunner
 public:
     std::optional<QString> run(const QString& source) override
     {
+        note(QStringLiteral("run a script"));
         scripts.append(source);
         return error;
     }
     QStringList scripts;
     std::optional<QString> error;
+    Note note = ignore;
 };
 
 /// Keeps what was asked to be shown.

@@ -7,6 +7,7 @@
 #include <arpa/inet.h>
 #include <cstdint>
 #include <cstring>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -20,16 +21,11 @@ namespace spotwell
 class LoopbackPeer
 {
 public:
-    LoopbackPeer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
+    LoopbackPeer() { listen(0); }
+    /// Takes a socket that listens already.
+    explicit LoopbackPeer(int listener) : listener_(listener)
     {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address;
-        (void)::bind(listener_, reinterpret_cast<const sockaddr*>(&address), length);
-        (void)::listen(listener_, 8);
-        (void)::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
-        port_ = ntohs(address.sin_port);
+        (void)::fcntl(listener_, F_SETFL, ::fcntl(listener_, F_GETFL) | O_NONBLOCK);
     }
     ~LoopbackPeer()
     {
@@ -44,6 +40,19 @@ public:
     {
         if (listener_ >= 0)
             ::close(std::exchange(listener_, -1));
+    }
+    /// Listens at the same port again.
+    void listenAgain()
+    {
+        stopListening();
+        listen(port_);
+    }
+    /// Is ready for another peer: has none, and has heard nothing.
+    void forget()
+    {
+        close();
+        heard_.clear();
+        ended_ = false;
     }
     /// Runs the event loop until somebody has connected.
     bool accept()
@@ -99,7 +108,23 @@ public:
     }
 
 private:
-    int listener_;
+    void listen(std::uint16_t port)
+    {
+        listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+        const int reuse = 1;
+        (void)::setsockopt(listener_, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        (void)::bind(listener_, reinterpret_cast<const sockaddr*>(&address), length);
+        (void)::listen(listener_, 8);
+        (void)::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
+        port_ = ntohs(address.sin_port);
+    }
+
+    int listener_ = -1;
     int peer_ = -1;
     std::uint16_t port_ = 0;
     QByteArray heard_;

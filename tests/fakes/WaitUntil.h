@@ -11,7 +11,7 @@ namespace spotwell
 
 /// Runs the event loop until `condition` holds; false when it does not within the deadline.
 template <typename Condition>
-bool waitUntil(Condition condition, std::chrono::milliseconds deadline = std::chrono::seconds{20})
+bool waitUntil(Condition condition, std::chrono::milliseconds deadline = std::chrono::seconds{60})
 {
     const auto end = std::chrono::steady_clock::now() + deadline;
     while (!condition()) {

@@ -89,8 +89,12 @@ TEST_F(DxSummitFeedTest, TakesWhatIsThere)
     rows.push_back({"info", "", comment, u"':(null)'"_s});
     rows.push_back({"info", R"("")", comment, u"':'"_s});
     rows.push_back({"info", "\":(null)\"", comment, u"'::(null)'"_s});
-    for (const QByteArray& json : noTexts)
+    for (const QByteArray json : {"null", "[]", R"(["x"])", "{}", R"({"x":"x"})"})
         rows.push_back({"info", json, comment, u"''"_s});
+    for (const auto& [json, text] :
+         {std::pair{"73", u"':73'"_s}, std::pair{"0", u"':0'"_s}, std::pair{"-5.50", u"':-5.5'"_s},
+          std::pair{"true", u"':1'"_s}, std::pair{"false", u"':0'"_s}, std::pair{R"("73")", u"':73'"_s}})
+        rows.push_back({"info", json, comment, text});
     for (const auto& [key, field, prefix] :
          {std::tuple{"info", comment, u"':"_s}, std::tuple{"dx_call", call, u"'"_s},
           std::tuple{"de_call", dxde, u"'"_s}}) {
@@ -104,6 +108,9 @@ TEST_F(DxSummitFeedTest, TakesWhatIsThere)
           std::tuple{"de_latitude", delatitude, false}, std::tuple{"de_longitude", delongitude, true}}) {
         for (const QByteArray& json : noNumbers)
             rows.push_back({key, json, field, u"-"_s});
+        for (const QByteArray& json : numbersOf4075)
+            rows.push_back({key, json, field, negated ? u"-40.75"_s : u"40.75"_s});
+        rows.push_back({key, "\"-71.2\"", field, negated ? u"71.2"_s : u"-71.2"_s});
         rows.push_back({key, "24.5", field, negated ? u"-24.5"_s : u"24.5"_s});
         rows.push_back({key, "-71.2", field, negated ? u"71.2"_s : u"-71.2"_s});
         rows.push_back({key, "-71", field, negated ? u"71"_s : u"-71"_s});

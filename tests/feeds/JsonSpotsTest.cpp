@@ -213,6 +213,33 @@ TEST(JsonSpots, HoldTexts)
             << json.toStdString();
 }
 
+TEST(JsonSpots, ArePrinted)
+{
+    const std::vector<std::pair<QByteArray, QString>> rows = {
+        {R"("text")", u"text"_s},
+        {R"("")", u""_s},
+        {R"("73")", u"73"_s},
+        {"73", u"73"_s},
+        {"73.0", u"73"_s},
+        {"-5", u"-5"_s},
+        {"0", u"0"_s},
+        {"24.50", u"24.5"_s},
+        {"0.1", u"0.1"_s},
+        {"14074000.0", u"14074000"_s},
+        {"9223372036854775807", u"9223372036854775807"_s},
+        {"-9223372036854775808", u"-9223372036854775808"_s},
+        {"9223372036854775808", u"9.223372036854776e+18"_s},
+        {"1e300", u"1e+300"_s},
+        {"true", u"1"_s},
+        {"false", u"0"_s},
+        {"null", u""_s},
+        {"[73]", u""_s},
+        {R"({"73":73})", u""_s},
+    };
+    for (const auto& [json, text] : rows)
+        EXPECT_EQ(printedText(objectOf(object({{"key", json}})).value("key"_L1)), text) << json.toStdString();
+}
+
 TEST(JsonSpots, HoldNumbers)
 {
     const std::vector<std::pair<QByteArray, std::optional<double>>> rows = {
@@ -223,8 +250,17 @@ TEST(JsonSpots, HoldNumbers)
         {"9007199254740993", 9007199254740992.0},
         {"", std::nullopt},
         {"null", std::nullopt},
-        {R"("7")", std::nullopt},
+        {R"("7")", 7.0},
+        {R"("-71.2")", -71.2},
+        {R"(" +4.5e1 W")", 45.0},
+        {R"("0")", 0.0},
+        {R"("1e308")", 1e308},
+        {R"("1e309")", std::nullopt},
+        {R"("-1e309")", std::nullopt},
         {R"("")", std::nullopt},
+        {R"("-")", std::nullopt},
+        {R"("W 7")", std::nullopt},
+        {R"("\u0000")", std::nullopt},
         {"true", std::nullopt},
         {"[7]", std::nullopt},
         {R"({"7":7})", std::nullopt},

@@ -75,6 +75,8 @@ TEST_F(PotaFeedTest, TakesWhatIsThere)
          {std::pair{"latitude", dxlatitude}, std::pair{"longitude", dxlongitude}}) {
         for (const QByteArray& json : noNumbers)
             rows.push_back({key, json, field, u"-"_s});
+        for (const QByteArray& json : numbersOf4075)
+            rows.push_back({key, json, field, u"40.75"_s});
         rows.push_back({key, "0", field, u"0"_s});
         rows.push_back({key, "-33", field, u"-33"_s});
         rows.push_back({key, "24.5", field, u"24.5"_s});

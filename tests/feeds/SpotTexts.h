@@ -90,9 +90,12 @@ enum Field {
 
 /// What is neither a text nor missing.
 inline const QList<QByteArray> noTexts = {"null", "0", "14.5", "true", "[]", R"(["x"])", R"({"x":"x"})"};
-/// What is no number, and nothing at all.
-inline const QList<QByteArray> noNumbers = {"",     "null", R"("")", R"("40.7")",
-                                            "true", "[]",   "[7]",   R"({"x":7})"};
+/// What no position can be read from, and nothing at all.
+inline const QList<QByteArray> noNumbers = {"",           "null", R"("")", R"("N 40.7")", R"("-")",
+                                            R"("1e999")", "true", "[]",    "[7]",         R"({"x":7})"};
+/// 40.75 degrees in all the ways that count.
+inline const QList<QByteArray> numbersOf4075 = {"40.75", "4075e-2", R"("40.75")", R"(" 40.750 N")",
+                                                R"("4.075e1")"};
 /// What no frequency can be read from, and 0.
 inline const QList<QByteArray> noFrequencies = {"",     "null", R"("")",      R"("QRX")",
                                                 "true", "[7]",  R"({"x":7})", "0"};

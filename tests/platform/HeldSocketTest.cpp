@@ -133,7 +133,7 @@ TEST_F(HeldSocketTest, SlowsTheNodeByTcp)
     constexpr qsizetype most = 2 * (128 + 64) * 1024;
     // A reader that keeps up leads the kernel to widen a receive buffer that nobody bounds.
     constexpr std::size_t wholeRead = 1024 * 1024;
-    constexpr qsizetype enough = 32 * 1024 * 1024;
+    constexpr qsizetype enough = 8 * 1024 * 1024;
     const QByteArray block(wholeRead, 'x');
     qsizetype sent = 0;
     client.onEvent = [&](int code) {

@@ -95,7 +95,7 @@ TEST(IcuTextConverterDetect, GivesATextForEverySingleByte)
 
 // The decoding of cluster lines with the real conversions behind it.
 
-QString decoded(const char* bytes, QStringList expectedLog = {})
+QString decoded(const char* bytes, const QStringList& expectedLog = {})
 {
     const IcuTextConverter converter;
     FakeLog log;

@@ -20,8 +20,10 @@ int listenOnLoopback()
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(listener, 64) != 0)
+        ::listen(listener, 64) != 0) {
+        ::close(listener);
         throw std::runtime_error("no loopback server");
+    }
     return listener;
 }
 

@@ -81,7 +81,7 @@ std::chrono::milliseconds timeToEnd(std::unique_ptr<QtUrlSession> session)
 
 void recordTime(const char* what, std::chrono::milliseconds took)
 {
-    EXPECT_LT(took, 500ms) << what;
+    EXPECT_LT(took, 10s) << what; // each hangs for half a minute
     std::printf("ended in %lld ms: %s\n", static_cast<long long>(took.count()), what);
 }
 

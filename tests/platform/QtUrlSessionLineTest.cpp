@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +37,19 @@ std::string pathOf(const std::string& head)
 void answerAtOnce(Connection& connection, const std::string& body)
 {
     connection.send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+}
+
+/// The threads of this process with a name, by their numbers.
+std::set<std::string> threadsNamed(const std::string& name)
+{
+    std::set<std::string> found;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string own;
+        std::getline(std::ifstream(thread.path() / "comm"), own);
+        if (own == name)
+            found.insert(thread.path().filename());
+    }
+    return found;
 }
 
 /// Answers each request with its path.
@@ -233,6 +249,55 @@ TEST(QtUrlSessionLine, ReportsWhatIsNoWebAddressInOrderBesideOthers)
         expectError(all[static_cast<std::size_t>(i)], u"\"nonsense%1\" is no web address."_s.arg(i));
     session.dataTask(server.url(), results.handler());
     expectAnswer(results.wait(21).back(), 200, "/");
+}
+
+TEST(QtUrlSessionLine, GoesOnBehindATransferThatFailed)
+{
+    // Far more than is taken: the client still reads when the next transfer begins.
+    const std::string tooLarge(40'000'000, 'x');
+    LoopbackHttpServer server([&](Connection& connection, const std::string& head) {
+        if (pathOf(head) == "/large")
+            connection.answer("200 OK", tooLarge);
+        else
+            answerWithThePath(connection, head);
+    });
+    Results results;
+    QtUrlSession session(patient(), u"test"_s, {.body = 1 << 20, .start = 1});
+    constexpr std::size_t rounds = 20;
+    for (std::size_t i = 0; i < rounds; ++i) {
+        session.dataTask(server.url(u"/large"_s), results.handler());
+        session.dataTask(server.url(u"/small"_s), results.handler());
+    }
+    const std::vector<UrlResult> ends = results.wait(2 * rounds);
+    for (std::size_t i = 0; i < ends.size(); i += 2) {
+        EXPECT_TRUE(ends[i].error.has_value());
+        expectAnswer(ends[i + 1], 200, "/small");
+    }
+}
+
+TEST(QtUrlSessionLine, TakesANewClientBehindATransferThatFailed)
+{
+    LoopbackHttpServer server([](Connection& connection, const std::string& head) {
+        if (pathOf(head) == "/broken")
+            connection.close(true);
+        else
+            answerWithThePath(connection, head);
+    });
+    Results results;
+    QtUrlSession session(patient(), u"test"_s);
+    auto clientAfter = [&, count = std::size_t{0}](const QString& path) mutable {
+        session.dataTask(server.url(path), results.handler());
+        results.wait(++count);
+        return threadsNamed("QNetworkAccessM");
+    };
+    const std::set<std::string> first = clientAfter(u"/one"_s);
+    EXPECT_EQ(first.size(), 1U);
+    EXPECT_EQ(clientAfter(u"/two"_s), first);
+    EXPECT_EQ(clientAfter(u"/broken"_s), first);
+    const std::set<std::string> second = clientAfter(u"/three"_s);
+    EXPECT_EQ(second.size(), 1U);
+    EXPECT_NE(second, first);
+    EXPECT_EQ(clientAfter(u"/four"_s), second);
 }
 
 TEST(QtUrlSessionLine, DropsInTheEndWhatIsInLine)

@@ -81,7 +81,16 @@ TEST(QtUrlSession, ReportsABrokenCompressedBody)
     std::string broken = gzip(QByteArray("text").repeated(1000));
     broken[12] = '\x7F';
     LoopbackHttpServer server(answering("200 OK", broken, "Content-Encoding: gzip\r\n"));
-    expectSomeError(get(server.url()));
+    const UrlResult result = get(server.url());
+    expectSomeError(result);
+    EXPECT_FALSE(result.error->endsWith(u": "_s)) << result.error->toStdString();
+}
+
+TEST(UrlTransfer, LeavesOutTheColonOfAReasonThatIsNotGiven)
+{
+    EXPECT_EQ(whole(u"Decompression failed: "_s), u"Decompression failed"_s);
+    EXPECT_EQ(whole(u"Host not found: a: b"_s), u"Host not found: a: b"_s);
+    EXPECT_EQ(whole(QString()), QString());
 }
 
 TEST(QtUrlSession, ReadsChunkedBodies)

@@ -3,7 +3,9 @@
 #include "platform/linux/Directories.h"
 #include "tests/fakes/FakeServices.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/WaitUntil.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -15,14 +17,9 @@ namespace
 {
 
 struct SettingsUserDefaultsTest : testing::Test {
-    SettingsUserDefaultsTest()
-    {
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, directory.path());
-    }
     [[nodiscard]] std::unique_ptr<SettingsUserDefaults> store()
     {
-        return std::make_unique<SettingsUserDefaults>(QStringLiteral("tarnbrooksoftware"),
-                                                      QStringLiteral("spotwell"), log);
+        return std::make_unique<SettingsUserDefaults>(path(), log);
     }
     [[nodiscard]] QString path() const
     {
@@ -101,17 +98,6 @@ TEST_F(SettingsUserDefaultsTest, ReadsWhatAPersonWrote)
     EXPECT_TRUE(defaults->boolean(QStringLiteral("dark")));
 }
 
-TEST_F(SettingsUserDefaultsTest, ReadsNoOtherFileOfItsMaker)
-{
-    QFile file(directory.filePath(QStringLiteral("tarnbrooksoftware.conf")));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("[General]\ndark=true\nport=7300\n");
-    file.close();
-    const auto defaults = store();
-    EXPECT_FALSE(defaults->boolean(QStringLiteral("dark")));
-    EXPECT_EQ(defaults->string(QStringLiteral("port")), std::nullopt);
-}
-
 TEST_F(SettingsUserDefaultsTest, SavesWhenTold)
 {
     const auto defaults = store();
@@ -127,7 +113,71 @@ TEST_F(SettingsUserDefaultsTest, SaysWhenItCannotWrite)
     QFile inTheWay(directory.filePath(QStringLiteral("tarnbrooksoftware")));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
     store()->setBoolean(QStringLiteral("dark"), true);
-    EXPECT_EQ(log.lines, QStringList{QStringLiteral("save: could not write ") + path()});
+    const QString reason = path() + QStringLiteral(" - Not a directory");
+    EXPECT_EQ(log.lines, (QStringList{QStringLiteral("read: could not read all of ") + reason,
+                                      QStringLiteral("save: could not write ") + reason}));
+}
+
+TEST_F(SettingsUserDefaultsTest, SaysOnceWhyItCannotWriteAndKeepsWhatWasSet)
+{
+    const auto defaults = store();
+    EXPECT_EQ(defaults->string(QStringLiteral("port")), std::nullopt);
+    QFile inTheWay(directory.filePath(QStringLiteral("tarnbrooksoftware")));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    const QString line = QStringLiteral("save: could not write ") + path();
+    for (const bool dark : {true, false}) {
+        defaults->setBoolean(QStringLiteral("dark"), dark);
+        defaults->save();
+        defaults->save();
+    }
+    EXPECT_EQ(log.lines, QStringList(line + QStringLiteral(" - Not a directory")));
+    inTheWay.remove();
+    QDir(directory.path()).mkpath(path());
+    defaults->save();
+    EXPECT_EQ(log.lines.mid(1), QStringList(line + QStringLiteral(" - Not a regular file")));
+    QDir(directory.path()).rmdir(path());
+    defaults->save();
+    EXPECT_EQ(readSettingsFile(path()).texts,
+              (SettingsTexts{{QStringLiteral("dark"), QStringLiteral("false")}}));
+    QFile::remove(path());
+    defaults->save();
+    EXPECT_FALSE(QFile::exists(path())) << "nothing was set since";
+    QDir(directory.path()).mkpath(path());
+    defaults->setBoolean(QStringLiteral("dark"), true);
+    defaults->save();
+    EXPECT_EQ(log.lines.size(), 3) << "it had been well";
+}
+
+TEST_F(SettingsUserDefaultsTest, SaysWhyItCannotRead)
+{
+    QDir(directory.path()).mkpath(path());
+    const auto defaults = store();
+    EXPECT_EQ(log.lines, QStringList()) << "nobody has asked";
+    EXPECT_EQ(defaults->string(QStringLiteral("port")), std::nullopt);
+    EXPECT_FALSE(defaults->boolean(QStringLiteral("dark")));
+    EXPECT_EQ(log.lines, QStringList{QStringLiteral("read: could not read all of ") + path() +
+                                     QStringLiteral(" - Not a regular file")});
+}
+
+TEST_F(SettingsUserDefaultsTest, SavesAtTheEndOfTheTurn)
+{
+    const auto defaults = store();
+    defaults->setString(QStringLiteral("port"), QStringLiteral("7300"));
+    defaults->setBoolean(QStringLiteral("dark"), true);
+    EXPECT_FALSE(QFile::exists(path()));
+    ASSERT_TRUE(waitUntil([this] { return QFile::exists(path()); }));
+    EXPECT_EQ(readSettingsFile(path()).texts.size(), 2);
+}
+
+TEST_F(SettingsUserDefaultsTest, KeepsWhatItDoesNotKnow)
+{
+    ASSERT_EQ(writeSettingsFile(path(), {{QStringLiteral("colour"), QStringLiteral("blue")},
+                                         {QStringLiteral("port"), QStringLiteral("23")}}),
+              QString());
+    store()->setString(QStringLiteral("port"), QStringLiteral("7300"));
+    EXPECT_EQ(readSettingsFile(path()).texts,
+              (SettingsTexts{{QStringLiteral("colour"), QStringLiteral("blue")},
+                             {QStringLiteral("port"), QStringLiteral("7300")}}));
 }
 
 TEST(DebugLogDirectory, FollowsTheStateDirectory)
@@ -138,6 +188,15 @@ TEST(DebugLogDirectory, FollowsTheStateDirectory)
     EXPECT_EQ(debugLogDirectory(QStringLiteral("/var/state"), home), QStringLiteral("/var/state") + tail);
     EXPECT_EQ(debugLogDirectory(QStringLiteral("relative"), home),
               QStringLiteral("/home/op/.local/state") + tail);
+}
+
+TEST(SettingsFilePath, FollowsTheConfigurationDirectory)
+{
+    const QString home = QStringLiteral("/home/op");
+    const QString tail = QStringLiteral("/tarnbrooksoftware/spotwell.conf");
+    EXPECT_EQ(settingsFilePath(QString(), home), QStringLiteral("/home/op/.config") + tail);
+    EXPECT_EQ(settingsFilePath(QStringLiteral("/etc/op"), home), QStringLiteral("/etc/op") + tail);
+    EXPECT_EQ(settingsFilePath(QStringLiteral("relative"), home), QStringLiteral("/home/op/.config") + tail);
 }
 
 } // namespace spotwell

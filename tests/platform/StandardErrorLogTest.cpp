@@ -2,12 +2,14 @@
 
 #include "platform/linux/PosixProcessServices.h"
 #include "tests/fakes/Printers.h"
+#include "tests/platform/FileSizeLimit.h"
 
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -205,6 +207,65 @@ TEST(StandardErrorLog, KeepsEntriesOfManyThreadsWholeAndInOrder)
         EXPECT_GE(line.left(23), lastTime) << "the times never go back";
         lastTime = line.left(23);
     }
+}
+
+TEST(StandardErrorLog, TellsAfterAFullDiskWhatWasLost)
+{
+    const TimeZone zone("UTC");
+    const QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("log"));
+    StandardErrorLog log;
+    const RedirectedStandardError redirected(path);
+    {
+        const FileSizeLimit limit(1000);
+        log.line(QStringLiteral("one"));
+        log.line(QStringLiteral("two") + QString(2000, u'x'));
+        log.line(QStringLiteral("three"));
+        log.line(QStringLiteral("four"));
+    }
+    EXPECT_EQ(contents(path).size(), 1000);
+    log.line(QStringLiteral("five"));
+    log.line(QStringLiteral("six"));
+    const QStringList lines = QString::fromUtf8(contents(path)).split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 6);
+    EXPECT_EQ(entryForm.match(lines[0]).captured(1), QStringLiteral("one"));
+    EXPECT_TRUE(entryForm.match(lines[1]).captured(1).startsWith(QStringLiteral("twoxxx"))) << "torn";
+    EXPECT_EQ(entryForm.match(lines[2]).captured(1), QStringLiteral("StandardErrorLog: 3 entries were lost"));
+    EXPECT_EQ(entryForm.match(lines[3]).captured(1), QStringLiteral("five"));
+    EXPECT_EQ(entryForm.match(lines[4]).captured(1), QStringLiteral("six"));
+}
+
+TEST(StandardErrorLog, DoesNotWaitForWhoeverShouldRead)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const int before = ::dup(STDERR_FILENO);
+    ::dup2(ends[1], STDERR_FILENO);
+    StandardErrorLog log;
+    constexpr int entries = 3000;
+    for (int i = 0; i < entries; ++i)
+        log.line(QStringLiteral("entry %1 ").arg(i) + QString(100, u'x'));
+    // A page has to be free before a pipe takes anything.
+    QByteArray taken(64 * 1024, '\0');
+    const ssize_t first = ::read(ends[0], taken.data(), static_cast<std::size_t>(taken.size()));
+    taken.truncate(first);
+    log.line(QStringLiteral("behind"));
+    ::dup2(before, STDERR_FILENO);
+    ::close(before);
+    ::close(ends[1]);
+    QByteArray rest(64 * 1024, '\0');
+    rest.truncate(::read(ends[0], rest.data(), static_cast<std::size_t>(rest.size())));
+    ::close(ends[0]);
+    const QStringList lines = QString::fromUtf8(taken + rest).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_GT(lines.size(), 100);
+    const auto textOf = [](const QString& line) { return entryForm.match(line).captured(1); };
+    EXPECT_EQ(textOf(lines.last()), QStringLiteral("behind"));
+    const auto written = lines.size() - 2;
+    // The last one that was begun may have been cut; it counts as lost.
+    const QString notice = QStringLiteral("StandardErrorLog: %1 entries were lost");
+    const QString said = textOf(lines[lines.size() - 2]);
+    EXPECT_TRUE(said == notice.arg(entries - written) || said == notice.arg(entries - written + 1))
+        << said.toStdString();
 }
 
 TEST(PosixProcessServices, AFileThatCannotBeOpenedLeavesTheStreamAsItWas)

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <unistd.h>
 
 namespace spotwell
 {
@@ -18,6 +19,48 @@ TEST(TerminationSignals, EachBecomesACallOnTheMainThread)
         EXPECT_EQ(calls, 0) << "not inside the signal handler";
         EXPECT_TRUE(waitUntil([&] { return calls == 1; })) << signal;
     }
+}
+
+TEST(TerminationSignals, BoundTheTimeUntilTheEnd)
+{
+    int calls = 0;
+    const TerminationSignals signals([&] { ++calls; });
+    ::raise(SIGTERM);
+    // A second one does not begin anew, nor is it enough that somebody hears.
+    EXPECT_EQ(::alarm(100), TerminationSignals::bound);
+    ::raise(SIGINT);
+    EXPECT_TRUE(waitUntil([&] { return calls > 0; }));
+    EXPECT_GT(::alarm(100), TerminationSignals::bound);
+    TerminationSignals::liftBound();
+    ::raise(SIGTERM);
+    EXPECT_EQ(::alarm(0), 0U);
+}
+
+TEST(TerminationSignalsDeathTest, EndTheProcessWhereNobodyHearsThem)
+{
+    EXPECT_EXIT(
+        {
+            const TerminationSignals signals([] {});
+            ::raise(SIGTERM);
+            ::alarm(1);
+            while (true)
+                ::pause();
+        },
+        testing::KilledBySignal(SIGALRM), "");
+}
+
+TEST(TerminationSignals, AreIgnoredWhenTheProcessEnds)
+{
+    int calls = 0;
+    {
+        const TerminationSignals signals([&] { ++calls; });
+    }
+    ::raise(SIGTERM);
+    EXPECT_EQ(::alarm(0), 0U);
+    // The next one hears them again.
+    const TerminationSignals signals([&] { ++calls; });
+    ::raise(SIGTERM);
+    EXPECT_TRUE(waitUntil([&] { return calls == 1; }));
 }
 
 TEST(TerminationSignals, LeaveAloneWhatTheParentHasSwitchedOff)

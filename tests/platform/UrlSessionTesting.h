@@ -24,7 +24,7 @@ public:
         isOpen_ = true;
         changed_.notify_all();
     }
-    bool wait(std::chrono::seconds limit = std::chrono::seconds{30})
+    bool wait(std::chrono::seconds limit = std::chrono::seconds{60})
     {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, limit, [this] { return isOpen_; });

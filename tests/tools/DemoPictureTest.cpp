@@ -47,7 +47,7 @@ TEST(DemoPicture, isTakenWhenTheConsoleShowsEverySource)
     Picture picture{console, {u"teln"_qs, u"pota"_qs}, file};
     picture.startWatching();
     console.appendPlainText(u"pota b"_qs);
-    EXPECT_TRUE(waitUntil([&] { return QFile::exists(file); }, std::chrono::seconds{20}));
+    EXPECT_TRUE(waitUntil([&] { return QFile::exists(file); }));
 }
 
 } // namespace

@@ -95,8 +95,8 @@ TEST_F(NodeTest, numbersSpotsThroughASession)
 
 TEST_F(NodeTest, floodsWithoutHoardingWhenTheClientDoesNotRead)
 {
-    constexpr qint64 size = 50'000'000;
-    plays("flood 50000000\n");
+    constexpr qint64 size = 20'000'000;
+    plays("flood 20000000\n");
     ScriptedClient& client = connects(8192);
     EXPECT_TRUE(waitUntil(
         [&] { return !node_->connections().empty() && node_->connections().front()->queued() > 0; }));

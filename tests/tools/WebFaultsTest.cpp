@@ -204,8 +204,8 @@ TEST_F(WebTest, staysSilentForATime)
 
 TEST_F(WebTest, sendsFillerWithoutHoardingWhenTheClientDoesNotRead)
 {
-    constexpr qint64 size = 50'000'000;
-    serves("service http\nfiller 50000000\n");
+    constexpr qint64 size = 20'000'000;
+    serves("service http\nfiller 20000000\n");
     ScriptedClient& client = connects(8192);
     client.says(get());
     EXPECT_TRUE(waitUntil(

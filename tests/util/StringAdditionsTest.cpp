@@ -276,6 +276,10 @@ TEST(DoubleValue, ReadsTheLeadingNumber)
 TEST(DoubleValue, TakesLongTexts)
 {
     EXPECT_EQ(doubleValue(QString(1000, u'9')), HUGE_VAL);
+    EXPECT_EQ(leadingNumber(u"-0.5 W"), -0.5);
+    EXPECT_EQ(leadingNumber(u"0"), 0.0);
+    for (const QStringView none : {u"", u" ", u"-", u".", u"+.e5", u"W 0.5"})
+        EXPECT_EQ(leadingNumber(none), std::nullopt) << none.toString().toStdString();
     EXPECT_EQ(doubleValue(QStringLiteral("0.") + QString(1000, u'0') + u'1'), 0.0);
     EXPECT_EQ(doubleValue(QStringLiteral("1.") + QString(1000, u'0')), 1.0);
 }

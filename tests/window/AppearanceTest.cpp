@@ -1,7 +1,8 @@
 #include "app/Appearance.h"
 
+#include "app/Images.h"
+
 #include <QColor>
-#include <QFile>
 #include <QIcon>
 #include <QImage>
 #include <QStyle>
@@ -122,11 +123,9 @@ TEST_P(EachAppearance, BulbsStandOutAndDifferInShape)
 {
     const QColor ground = palette.color(QPalette::Window);
     int painted[2] = {0, 0};
-    const QString names[2] = {QStringLiteral(":/images/green_ball.svg"),
-                              QStringLiteral(":/images/gray_ball.svg")};
+    const QString names[2] = {QStringLiteral("green_ball"), QStringLiteral("gray_ball")};
     for (int i = 0; i < 2; ++i) {
-        ASSERT_TRUE(QFile::exists(names[i]));
-        const QImage image = QIcon(names[i]).pixmap(22, 22).toImage();
+        const QImage image = imageNamed(names[i]).pixmap(22, 22).toImage();
         ASSERT_FALSE(image.isNull());
         double best = 0;
         for (int y = 0; y < image.height(); ++y) {
@@ -147,9 +146,26 @@ TEST_P(EachAppearance, BulbsStandOutAndDifferInShape)
 INSTANTIATE_TEST_SUITE_P(Appearance, EachAppearance, testing::Bool(),
                          [](const auto& test) { return test.param ? "dark" : "light"; });
 
-TEST(Images, TheApplicationHasItsIcon)
+TEST(Images, AreThereInTheSizesTheyAreShownIn)
 {
-    EXPECT_FALSE(QIcon(QStringLiteral(":/images/spotwell.svg")).pixmap(16, 16).isNull());
+    const QList<QSize> bulb{{22, 22}, {44, 44}};
+    EXPECT_EQ(imageNamed(QStringLiteral("green_ball")).availableSizes(), bulb);
+    EXPECT_EQ(imageNamed(QStringLiteral("gray_ball")).availableSizes(), bulb);
+    const QList<QSize> application{{32, 32}, {64, 64}};
+    EXPECT_EQ(imageNamed(QStringLiteral("spotwell")).availableSizes(), application);
+    EXPECT_TRUE(imageNamed(QStringLiteral("grey_ball")).isNull());
+}
+
+TEST(Images, StandOnNothing)
+{
+    for (const auto& name :
+         {QStringLiteral("green_ball"), QStringLiteral("gray_ball"), QStringLiteral("spotwell")}) {
+        const QImage image = imageNamed(name).pixmap(44, 44).toImage();
+        EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0) << name.toStdString();
+        // The ring is empty, the others are full.
+        EXPECT_EQ(image.pixelColor(22, 22).alpha() > 0, name != QStringLiteral("gray_ball"))
+            << name.toStdString();
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include "app/Images.h"
 #include "tests/fakes/FakeTime.h"
 #include "tests/window/Waiting.h"
 #include "util/ConsoleView.h"
@@ -174,7 +175,7 @@ TEST_F(MainWindowTest, NothingMovesWhenTheBulbGetsItsImage)
     showWindow();
     const QRect before = window.lgwtRunningButton->geometry();
     EXPECT_GE(before.width(), window.lgwtRunningButton->iconSize().width());
-    window.lgwtRunningButton->setIcon(QIcon(QStringLiteral(":/images/green_ball.svg")));
+    window.lgwtRunningButton->setIcon(imageNamed(QStringLiteral("green_ball")));
     window.centralWidget()->layout()->activate();
     EXPECT_EQ(window.lgwtRunningButton->geometry(), before);
 }

@@ -17,7 +17,7 @@ constexpr const char* ending = "The logger is ending.";
 
 BusMessage makeError(sd_bus_message* call, const char* text)
 {
-    const sd_bus_error error = SD_BUS_ERROR_MAKE_CONST(commandErrorName, text);
+    const sd_bus_error error{commandErrorName, text, 0};
     sd_bus_message* made = nullptr;
     sd_bus_message_new_method_error(call, &made, &error);
     return BusMessage(made);

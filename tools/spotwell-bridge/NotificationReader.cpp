@@ -1,5 +1,7 @@
 #include "tools/spotwell-bridge/NotificationReader.h"
 
+#include "platform/linux/BusParts.h"
+
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -25,7 +27,6 @@ private:
     std::optional<Value> readValue();
     template <typename Number>
     std::optional<Number> readNumber(char type);
-    bool pass();
 
     sd_bus_message* message_;
     std::size_t textBytes_ = mostTextBytes;
@@ -104,28 +105,8 @@ std::optional<Value> Reader::readValue()
             return TimePoint{std::chrono::microseconds{*microseconds}};
         return std::nullopt;
     default:
-        return pass() ? std::optional<Value>(std::monostate{}) : std::nullopt;
+        return passOverBusValue(message_, parts_) ? std::optional<Value>(std::monostate{}) : std::nullopt;
     }
-}
-
-/// Passes over a value of any type; false when it has too many parts. (sd_bus_message_skip() goes through all
-/// of them, however many millions they are.)
-bool Reader::pass()
-{
-    char type = 0;
-    const char* contents = nullptr;
-    if (parts_ == 0 || sd_bus_message_peek_type(message_, &type, &contents) <= 0)
-        return false;
-    --parts_;
-    if (contents == nullptr)
-        return sd_bus_message_skip(message_, nullptr) >= 0;
-    if (sd_bus_message_enter_container(message_, type, contents) < 0)
-        return false;
-    while (sd_bus_message_at_end(message_, 0) == 0) {
-        if (!pass())
-            return false;
-    }
-    return sd_bus_message_exit_container(message_) >= 0;
 }
 
 } // namespace

@@ -17,7 +17,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr auto retryInterval = 1s;
+constexpr auto resendInterval = 1s;
 
 struct UnixAddress {
     sockaddr_un address{};
@@ -56,7 +56,7 @@ void ServiceManager::status(const QString& text)
 void ServiceManager::ready()
 {
     if (!send("READY=1"))
-        again_.set(Alarm::Clock::now() + retryInterval);
+        again_.set(Alarm::Clock::now() + resendInterval);
 }
 
 void ServiceManager::stopping()

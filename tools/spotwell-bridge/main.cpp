@@ -1,3 +1,4 @@
+#include "platform/linux/StandardStreams.h"
 #include "platform/linux/SystemClock.h"
 #include "tools/spotwell-bridge/Options.h"
 #include "tools/spotwell-bridge/Program.h"
@@ -6,29 +7,16 @@
 
 #include <csignal>
 #include <cstdio>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace
 {
-
-/// Whatever is opened later must not be taken for a standard stream that the parent has closed. Writing to
-/// these fails as it did.
-void occupyStandardStreams()
-{
-    int descriptor = -1;
-    do {
-        descriptor = ::open("/dev/null", O_RDONLY);
-    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    ::close(descriptor);
-}
 
 } // namespace
 
 int main(int argc, char** argv)
 {
     (void)std::signal(SIGPIPE, SIG_IGN);
-    occupyStandardStreams();
+    spotwell::occupyStandardStreams();
     const QCoreApplication application(argc, argv);
     const auto commandLine = spotwell::bridge::readCommandLine(QCoreApplication::arguments());
     if (!commandLine.complaint.isEmpty()) {

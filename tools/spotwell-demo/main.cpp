@@ -83,8 +83,10 @@ QStringList sources(const FeedAddresses& feeds)
 
 int main(int argc, char** argv)
 {
-    LinuxPlatform::prepareProcess();
+    LinuxPlatform::Prepared prepared = LinuxPlatform::prepareProcess();
     QApplication application(argc, argv);
+    if (prepared.fonts.joinable())
+        prepared.fonts.join();
     QApplication::setApplicationName(QStringLiteral("spotwell-demo"));
     QApplication::setApplicationVersion(QStringLiteral(SPOTWELL_VERSION));
     QApplication::setStyle(makeStyle().release());
@@ -92,7 +94,7 @@ int main(int argc, char** argv)
 
     const QTemporaryDir logs;
     DemoSettings settings(QStringLiteral("127.0.0.1"), options.nodePort, options.feeds);
-    LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION));
+    LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION), prepared.busAddress);
     const Platform real = platform.services();
     MainWindow window;
     window.setWindowTitle(QStringLiteral("spotwell (demonstration)"));

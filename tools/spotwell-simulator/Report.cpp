@@ -28,9 +28,9 @@ QByteArray microseconds(std::chrono::duration<double> seconds)
 } // namespace
 
 Event::Event(const char* name, Moment time)
+    : json_("{\"event\":" + quoted(QString::fromLatin1(name)) +
+            ",\"t\":" + microseconds(time.time_since_epoch()))
 {
-    json_ =
-        "{\"event\":" + quoted(QString::fromLatin1(name)) + ",\"t\":" + microseconds(time.time_since_epoch());
 }
 
 void Event::key(const char* name)

@@ -21,7 +21,7 @@ class ApplicationsTest : public testing::Test
 protected:
     void makeApplications(std::chrono::milliseconds limit, BusRunningApplications::Patience patience = {})
     {
-        applications.emplace(sessionBus, log, limit, patience);
+        applications.emplace(sessionBus, log, BusRunningApplications::Limits{limit, limit}, patience);
     }
     static void show(BusPeer& peer, const QString& busName, const QString& displayName,
                      const QString& version)

@@ -80,6 +80,20 @@ TEST_F(BusRunningApplicationsTest, LooksAtNamesOfApplicationsOnly)
     EXPECT_EQ(other.count(u"GetAll"_s), 0);
 }
 
+TEST_F(BusRunningApplicationsTest, FindsOneAmongAThousandNames)
+{
+    BusPeer many(bus);
+    for (int number = 0; number < 1000; ++number)
+        show(many, logwrightName + QString::number(number), u"Other"_s, u"1"_s);
+    BusPeer logger(bus);
+    show(logger, logwrightName, u"Logwright"_s, u"2"_s);
+    makeApplications(generous);
+    QStringList found = names();
+    found.sort();
+    EXPECT_EQ(found, (QStringList{u"Logwright"_s, u"Other"_s}));
+    EXPECT_EQ(many.count(u"GetAll"_s), 1);
+}
+
 TEST_F(BusRunningApplicationsTest, SeesWhatComesAndGoesAtTheNextCall)
 {
     std::optional<BusPeer> logger;

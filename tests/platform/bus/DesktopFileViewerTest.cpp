@@ -1,5 +1,6 @@
 #include "platform/linux/DesktopFileViewer.h"
 
+#include "tests/platform/ThreadShortage.h"
 #include "tests/platform/bus/BusPeer.h"
 #include "tests/platform/bus/SharedLog.h"
 
@@ -71,6 +72,19 @@ TEST_F(DesktopFileViewerTest, OpensTheFolderWhenThereIsNoFileManager)
     viewer->selectFile(u"/tmp/a/b.txt"_s, u"/tmp/a"_s);
     EXPECT_TRUE(opens({u"/tmp/a"_s}));
     EXPECT_EQ(log.count(u"selectFile: no file manager shows the file ("_s), 1);
+}
+
+TEST_F(DesktopFileViewerTest, OpensTheFolderWhenThereIsNoThread)
+{
+    makeManager();
+    makeViewer(20s);
+    {
+        const ThreadShortage shortage;
+        viewer->selectFile(u"/tmp/a/b.txt"_s, u"/tmp/a"_s);
+    }
+    EXPECT_TRUE(opens({u"/tmp/a"_s}));
+    EXPECT_EQ(log.lines(), QStringList{u"selectFile: no file manager shows the file (Resource temporarily "
+                                       "unavailable), opening the folder"_s});
 }
 
 TEST_F(DesktopFileViewerTest, OpensTheFolderWhenTheFileManagerFails)

@@ -22,7 +22,8 @@ PrivateBus::PrivateBus(bool running, const std::string& denied)
            "<busconfig><type>session</type><listen>"
         << address_
         << "</listen><auth>EXTERNAL</auth><policy context='default'>"
-           "<allow send_destination='*' eavesdrop='true'/><allow eavesdrop='true'/><allow own='*'/>"
+           "<allow user='*'/><allow send_destination='*' eavesdrop='true'/><allow eavesdrop='true'/>"
+           "<allow own='*'/>"
         << denied
         << "</policy>"
            // As the session buses of desktops have it.

@@ -14,10 +14,10 @@ constexpr qsizetype callColumns = 12;
 constexpr qsizetype commentColumns = 30;
 constexpr qsizetype gridColumns = 8;
 
-/// `text` brought to that many characters.
+/// `text` brought to that many characters. Whatever blanks it is cut behind, plain ones follow.
 QString column(const QString& text, qsizetype width)
 {
-    const QString cut = firstCharacters(text, width).toString();
+    const QString cut = firstCharacters(text, width).trimmed().toString();
     return cut + QString(width - characterCount(cut), u' ');
 }
 

@@ -36,7 +36,7 @@ public:
     void taken(qsizetype count);
 
     /// Lines are put together up to this many bytes, to be sent at once.
-    static constexpr qsizetype pieceSize = 16 * 1024;
+    static constexpr qsizetype pieceSize = qsizetype{16} * 1024;
 
 private:
     void refill();

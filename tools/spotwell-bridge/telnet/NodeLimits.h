@@ -16,7 +16,7 @@ using MonotonicClock = std::function<std::chrono::steady_clock::time_point()>;
 struct NodeLimits {
     /// Spot lines that are kept for clients that are behind, and for sh/dx: so many, of so many bytes.
     std::size_t lines = 10'000;
-    qsizetype bytes = 2 * 1024 * 1024;
+    qsizetype bytes = qsizetype{2} * 1024 * 1024;
     /// Clients at a time; further ones are turned away.
     std::size_t clients = 10'000;
     /// One that has not logged in by then gives way to a further one.

@@ -77,7 +77,8 @@ protected:
     PrivateBus bus;
     SharedLog log;
     SessionBus sessionBus{log, bus.address()};
-    BusRunningApplications applications{sessionBus, log, std::chrono::seconds{20}, {}};
+    BusRunningApplications applications{
+        sessionBus, log, {std::chrono::seconds{20}, std::chrono::seconds{20}}, {}};
     BusNotificationCenter center{sessionBus, log};
     std::optional<ChildProcess> bridge;
     std::uint16_t port = 0;

@@ -194,6 +194,26 @@ TEST_P(LineWriterTest, FinishesWithinItsTime)
     EXPECT_EQ(written + lost[0], 1000U);
 }
 
+TEST_P(LineWriterTest, FinishesWithinItsTimeThoughSomethingIsReadAllTheTime)
+{
+    LineWriter writer(ends[1], handlers());
+    for (int number = 0; number < 8000; ++number)
+        writer.write(numbered(number));
+    std::atomic<bool> over = false;
+    // Everything would take more than ten seconds, on a busy machine the longer.
+    std::thread reader([&] {
+        std::array<char, 4096> bytes{};
+        while (!over) {
+            (void)!::read(ends[0], bytes.data(), bytes.size());
+            std::this_thread::sleep_for(5ms);
+        }
+    });
+    writer.finish(20s, 100ms);
+    over = true;
+    reader.join();
+    EXPECT_EQ(lost.size(), 1U);
+}
+
 INSTANTIATE_TEST_SUITE_P(PipesAndSockets, LineWriterTest, testing::Bool());
 
 /// Reads a terminal after all when `limit` has passed, so that a test in which the writer waits for it fails

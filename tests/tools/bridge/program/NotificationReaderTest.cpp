@@ -1,14 +1,11 @@
 #include "tools/spotwell-bridge/NotificationReader.h"
 
-#include "platform/linux/BusConnection.h"
+#include "tests/fakes/BusMessages.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <functional>
 #include <string>
-#include <sys/socket.h>
-#include <unistd.h>
 #include <vector>
 
 namespace spotwell::bridge
@@ -27,26 +24,13 @@ class NotificationReaderTest : public testing::Test
 protected:
     using Fill = std::function<void(sd_bus_message*)>;
 
-    NotificationReaderTest()
-    {
-        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends_.data()), 0);
-        sd_bus* bus = nullptr;
-        EXPECT_GE(sd_bus_new(&bus), 0);
-        bus_.reset(bus);
-        EXPECT_GE(sd_bus_set_fd(bus, ends_[0], ends_[0]), 0);
-        EXPECT_GE(sd_bus_start(bus), 0);
-    }
-    ~NotificationReaderTest() override { ::close(ends_[1]); }
-
     std::optional<Notification> read(const Fill& fill)
     {
-        sd_bus_message* made = nullptr;
-        EXPECT_GE(sd_bus_message_new_signal(bus_.get(), &made, "/a", "a.b", "Posted"), 0);
-        const BusMessage message(made);
-        fill(made);
-        EXPECT_GE(sd_bus_message_seal(made, 1, 0), 0);
-        EXPECT_GE(sd_bus_message_rewind(made, 1), 0);
-        return readNotification(made);
+        const BusMessage message = messages_.made();
+        EXPECT_TRUE(message);
+        fill(message.get());
+        EXPECT_TRUE(BusMessages::seal(message.get()));
+        return readNotification(message.get());
     }
     /// Reads one of this name and object, whose dictionary `fill` fills.
     std::optional<Notification> readInfo(const Fill& fill, const std::string& name = "name",
@@ -85,8 +69,7 @@ protected:
     }
 
 private:
-    std::array<int, 2> ends_{-1, -1};
-    std::unique_ptr<sd_bus, BusRelease> bus_;
+    BusMessages messages_;
 };
 
 TEST_F(NotificationReaderTest, ReadsEveryType)

@@ -11,7 +11,7 @@ namespace
 
 using namespace Qt::Literals::StringLiterals;
 
-const TimePoint received = std::chrono::sys_days{std::chrono::year{2027} / 2 / 3} + std::chrono::hours{9};
+const TimePoint heardAt = std::chrono::sys_days{std::chrono::year{2027} / 2 / 3} + std::chrono::hours{9};
 const QString clusterSpot =
     u"DX de N0CALL:    21205.0  X1X          Tks so \"Much\"                 0900Z JN34"_s;
 
@@ -20,7 +20,7 @@ Notification spot(const QString& call)
     return {u"com.tarnbrooksoftware.spotwell_spot"_s,
             u"string object"_s,
             {{u"combinedCallsign"_s, call},
-             {u"timestamp"_s, received},
+             {u"timestamp"_s, heardAt},
              {u"megahertz"_s, 14.074},
              {u"dxde_call"_s, u"N0CALL"_s}}};
 }
@@ -53,7 +53,7 @@ protected:
 
 TEST_F(Routing, FormsALineAndADatagramOfAWebSpot)
 {
-    make().handOn(spot(u"X1X"_s), received);
+    make().handOn(spot(u"X1X"_s), heardAt);
     EXPECT_EQ(lines,
               QStringList{u"DX de N0CALL:    14074.0  X1X                                         0900Z"_s});
     ASSERT_EQ(datagrams.size(), 1);
@@ -64,8 +64,8 @@ TEST_F(Routing, FormsALineAndADatagramOfAWebSpot)
 
 TEST_F(Routing, PassesClusterLinesUnchanged)
 {
-    make().handOn(line(clusterSpot), received);
-    make().handOnLine(clusterSpot, received);
+    make().handOn(line(clusterSpot), heardAt);
+    make().handOnLine(clusterSpot, heardAt);
     EXPECT_EQ(lines, (QStringList{clusterSpot, clusterSpot}));
     ASSERT_EQ(datagrams.size(), 2);
     EXPECT_TRUE(datagrams[0].contains("<dxcall>X1X</dxcall>"));
@@ -74,12 +74,12 @@ TEST_F(Routing, PassesClusterLinesUnchanged)
 
 TEST_F(Routing, HandsOnWhereItCan)
 {
-    make(true, false).handOn(spot(u"X1X"_s), received);
-    make(true, false).handOn(line(clusterSpot), received);
+    make(true, false).handOn(spot(u"X1X"_s), heardAt);
+    make(true, false).handOn(line(clusterSpot), heardAt);
     EXPECT_EQ(lines.size(), 2);
     EXPECT_TRUE(datagrams.isEmpty());
-    make(false, true).handOn(spot(u"X1X"_s), received);
-    make(false, true).handOn(line(clusterSpot), received);
+    make(false, true).handOn(spot(u"X1X"_s), heardAt);
+    make(false, true).handOn(line(clusterSpot), heardAt);
     EXPECT_EQ(lines.size(), 2);
     EXPECT_EQ(datagrams.size(), 2);
 }
@@ -87,12 +87,12 @@ TEST_F(Routing, HandsOnWhereItCan)
 TEST_F(Routing, ComplainsOfWhatCannotBeUsed)
 {
     Bridge bridge = make();
-    bridge.handOn(spot(QString()), received);
-    bridge.handOn(line(14.074), received);
-    bridge.handOn({u"com.tarnbrooksoftware.spotwell_line"_s, u"string object"_s, {}}, received);
-    bridge.handOn(line(u""_s), received);
+    bridge.handOn(spot(QString()), heardAt);
+    bridge.handOn(line(14.074), heardAt);
+    bridge.handOn({u"com.tarnbrooksoftware.spotwell_line"_s, u"string object"_s, {}}, heardAt);
+    bridge.handOn(line(u""_s), heardAt);
     EXPECT_TRUE(lines.isEmpty());
-    bridge.handOn(line(u"To ALL de N0CALL: hello"_s), received);
+    bridge.handOn(line(u"To ALL de N0CALL: hello"_s), heardAt);
     EXPECT_EQ(lines, QStringList{u"To ALL de N0CALL: hello"_s});
     EXPECT_TRUE(datagrams.isEmpty());
     EXPECT_EQ(log.lines(), (QStringList{u"a spot without a call or a frequency was left out"_s,
@@ -104,15 +104,15 @@ TEST_F(Routing, ComplainsOfWhatCannotBeUsed)
 TEST_F(Routing, IsSilentWhereNothingIsHandedOn)
 {
     Bridge bridge = make(false, false);
-    bridge.handOn(spot(QString()), received);
-    bridge.handOn(line(u""_s), received);
-    bridge.handOnLine(u""_s, received);
+    bridge.handOn(spot(QString()), heardAt);
+    bridge.handOn(line(u""_s), heardAt);
+    bridge.handOnLine(u""_s, heardAt);
     EXPECT_TRUE(log.lines().isEmpty());
 }
 
 TEST_F(Routing, HasNothingToSayOfOtherLinesWithoutDatagrams)
 {
-    make(true, false).handOnLine(u"To ALL de N0CALL: hello"_s, received);
+    make(true, false).handOnLine(u"To ALL de N0CALL: hello"_s, heardAt);
     EXPECT_TRUE(log.lines().isEmpty());
 }
 

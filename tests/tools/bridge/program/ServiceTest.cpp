@@ -115,7 +115,7 @@ TEST_F(ServiceTest, AManagerThatDoesNotReadFreezesNothing)
     const auto begin = std::chrono::steady_clock::now();
     bridge->signal(SIGTERM);
     EXPECT_EQ(bridge->wait(), 0);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
 }
 
 TEST_F(ServiceTest, WhatIsInstalledRuns)

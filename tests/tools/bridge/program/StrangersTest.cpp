@@ -1,6 +1,8 @@
 #include "platform/linux/BusConnection.h"
 #include "tests/tools/bridge/program/BridgeProcess.h"
 
+#include <chrono>
+
 namespace spotwell::bridge
 {
 
@@ -92,7 +94,7 @@ TEST_F(StrangersTest, ANameThatIsTakenAndGivenBackAllTheTimeDoesNotFillTheLog)
 {
     start({"--print"});
     connect();
-    constexpr auto enough = 2500ms;
+    constexpr std::chrono::milliseconds enough{2500};
     const auto begin = BusConnection::Clock::now();
     int flaps = 0;
     while (BusConnection::Clock::now() - begin < enough) {

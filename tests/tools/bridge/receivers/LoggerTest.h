@@ -6,7 +6,6 @@
 #include "platform/linux/BusNotificationCenter.h"
 #include "platform/linux/BusRunningApplications.h"
 #include "platform/linux/BusScriptRunner.h"
-#include "tests/fakes/FakeTime.h"
 #include "tests/platform/bus/PrivateBus.h"
 #include "tests/platform/bus/SharedLog.h"
 
@@ -46,7 +45,6 @@ protected:
     void deliver(const QString& line)
     {
         lines.sendSpotLineToLogwright(line, QStringLiteral("dx.example.net"));
-        mainQueue.runPending();
     }
     /// Delivers a spot in which everything is known, letters of several alphabets among it.
     void deliverSpot()
@@ -72,18 +70,16 @@ protected:
     PrivateBus bus;
     SharedLog log;
     SessionBus sessionBus{log, bus.address()};
-    BusRunningApplications applications{sessionBus, log, std::chrono::seconds{20}, {}};
+    BusRunningApplications applications{
+        sessionBus, log, {std::chrono::seconds{20}, std::chrono::seconds{20}}, {}};
     BusScriptRunner scriptRunner{sessionBus, applications, log};
     BusNotificationCenter center{sessionBus, log};
-    FakeClock clock;
-    FakeMainQueue mainQueue{clock};
     LoggerPresence presence{applications, log};
     QStringList console;
     bool isRunning = false;
     LineDelivery lines{presence,
                        center,
                        scriptRunner,
-                       mainQueue,
                        log,
                        {[this](bool running) { isRunning = running; },
                         [this](const QString& text) { console.append(text); }}};

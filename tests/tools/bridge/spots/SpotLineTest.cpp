@@ -146,6 +146,15 @@ TEST(SpotLine, countsCharactersAndSplitsNone)
                                     QStringLiteral(" 1428Z"));
 }
 
+TEST(SpotLine, hasPlainBlanksWhereACommentIsCutBehindOtherOnes)
+{
+    const QString words = QString(28, u'c');
+    const QString wide(3, QChar(0x2001));
+    EXPECT_EQ(commentColumn(words + wide + u'd', {}), words + QStringLiteral("  "));
+    EXPECT_EQ(commentColumn(words.first(27) + wide.first(2) + u'd', {}),
+              words.first(27) + wide.first(2) + u'd');
+}
+
 TEST(SpotLine, boundsTheGrid)
 {
     SpotReport report = usualReport();

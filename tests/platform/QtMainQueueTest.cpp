@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxQueues.h"
+#include "platform/linux/QtMainQueue.h"
 
 #include "tests/fakes/WaitUntil.h"
 
@@ -14,6 +14,18 @@ namespace spotwell
 
 using namespace std::chrono_literals;
 using SteadyClock = std::chrono::steady_clock;
+
+namespace
+{
+
+/// Keeps the calling thread busy.
+void spinUntil(SteadyClock::time_point end)
+{
+    while (SteadyClock::now() < end)
+        QThread::yieldCurrentThread();
+}
+
+} // namespace
 
 TEST(QtMainQueue, RunsTasksLaterOnTheMainThreadInOrder)
 {
@@ -105,8 +117,7 @@ TEST(QtMainQueue, AfterCountsFromTheCallHoweverBusyTheMainThreadIs)
             when = SteadyClock::now();
         });
     }).join();
-    while (SteadyClock::now() - begin < delay)
-        QThread::yieldCurrentThread();
+    spinUntil(begin + delay);
     // Overdue by now; this one is not.
     queue.after(delay * 9 / 10, [&] { ran += 'b'; });
     EXPECT_TRUE(ran.isEmpty());
@@ -142,6 +153,56 @@ TEST(QtMainQueue, EveryRunsAgainAndAgain)
     EXPECT_TRUE(waitUntil([&] { return ran >= 3; }));
 }
 
+TEST(QtMainQueue, TasksThatFallDueTogetherRunInTheOrderOfEvery)
+{
+    QtMainQueue queue;
+    QByteArray ran;
+    queue.every(Seconds{0.03}, [&] { ran += 'a'; });
+    queue.every(Seconds{0.01}, [&] { ran += 'b'; });
+    queue.every(Seconds{0.02}, [&] { ran += 'c'; });
+    // All overdue, the first of them for the shortest time.
+    spinUntil(SteadyClock::now() + 30ms);
+    ASSERT_TRUE(waitUntil([&] { return ran.size() >= 3; }));
+    EXPECT_EQ(ran.first(3), QByteArray("abc"));
+}
+
+TEST(QtMainQueue, EveryKeepsItsBeat)
+{
+    constexpr auto interval = 60ms;
+    QtMainQueue queue;
+    int turns = 0;
+    const auto before = SteadyClock::now();
+    SteadyClock::time_point after;
+    queue.every(interval, [&] {
+        const auto now = SteadyClock::now();
+        EXPECT_GE(now, before + ++turns * interval);
+        // However late this turn is, the next one comes at the beat that follows: long before half a beat
+        // later, in the order of the timers at least.
+        const auto nextBeat = after + ((now - before) / interval + 1) * interval;
+        queue.after(nextBeat - now + interval / 2, [&, turn = turns] { EXPECT_GT(turns, turn); });
+        // The second turn comes late.
+        if (turns == 1)
+            spinUntil(now + interval * 9 / 5);
+    });
+    after = SteadyClock::now();
+    queue.after(after - before + interval * 3 / 2, [&] { EXPECT_GT(turns, 0); });
+    EXPECT_TRUE(waitUntil([&] { return turns >= 5; }));
+}
+
+TEST(QtMainQueue, MissedTurnsAreNotMadeUpFor)
+{
+    constexpr auto interval = 20ms;
+    QtMainQueue queue;
+    int turns = 0;
+    const auto before = SteadyClock::now();
+    queue.every(interval, [&] {
+        // Each turn has a beat of its own, and the ten that passed have one turn.
+        EXPECT_GE((SteadyClock::now() - before) / interval, 9 + ++turns);
+    });
+    spinUntil(SteadyClock::now() + 10 * interval);
+    EXPECT_TRUE(waitUntil([&] { return turns >= 4; }));
+}
+
 TEST(QtMainQueue, DropsWhatWaitsWhenItEnds)
 {
     bool ran = false;
@@ -152,87 +213,6 @@ TEST(QtMainQueue, DropsWhatWaitsWhenItEnds)
     }
     QCoreApplication::processEvents();
     EXPECT_FALSE(ran);
-}
-
-TEST(ThreadSerialQueue, RunsOneTaskAtATimeInOrderOffTheMainThread)
-{
-    std::mutex mutex;
-    std::vector<int> ran;
-    std::atomic<int> inside = 0;
-    ThreadSerialQueue queue(QStringLiteral("com.example.a_queue"));
-    EXPECT_EQ(queue.label(), QStringLiteral("com.example.a_queue"));
-    for (int i = 0; i < 1000; ++i) {
-        queue.async([&, i] {
-            EXPECT_EQ(inside.fetch_add(1), 0);
-            const std::lock_guard guard(mutex);
-            ran.push_back(i);
-            inside.fetch_sub(1);
-        });
-    }
-    ASSERT_TRUE(waitUntil([&] {
-        const std::lock_guard guard(mutex);
-        return ran.size() == 1000;
-    }));
-    EXPECT_TRUE(std::is_sorted(ran.begin(), ran.end()));
-}
-
-TEST(ThreadSerialQueue, TellsItsThreadByTheEndOfItsLabel)
-{
-    std::atomic<bool> done = false;
-    char name[16] = {};
-    ThreadSerialQueue queue(QStringLiteral("com.tarnbrooksoftware.spotwell_queue"));
-    queue.async([&] {
-        ::pthread_getname_np(::pthread_self(), name, sizeof name);
-        done = true;
-    });
-    ASSERT_TRUE(waitUntil([&] { return done.load(); }));
-    EXPECT_STREQ(name, ".spotwell_queue");
-}
-
-TEST(ThreadSerialQueue, PausesForItsTime)
-{
-    std::atomic<bool> done = false;
-    std::atomic<bool> whole = false;
-    SteadyClock::duration took{};
-    ThreadSerialQueue queue(QStringLiteral("q"));
-    queue.async([&] {
-        const auto begin = SteadyClock::now();
-        whole = queue.pause(Seconds{0.05});
-        took = SteadyClock::now() - begin;
-        done = true;
-    });
-    // Work that arrives meanwhile does not end the pause.
-    queue.async([] {});
-    ASSERT_TRUE(waitUntil([&] { return done.load(); }));
-    EXPECT_TRUE(whole);
-    EXPECT_GE(took, 50ms);
-}
-
-TEST(ThreadSerialQueue, EndingCutsAPauseAndDropsTheRest)
-{
-    std::atomic<bool> pausing = false;
-    std::atomic<bool> cut = false;
-    std::atomic<bool> second = false;
-    const auto begin = SteadyClock::now();
-    {
-        ThreadSerialQueue queue(QStringLiteral("q"));
-        queue.async([&] {
-            pausing = true;
-            cut = !queue.pause(Seconds{3600});
-        });
-        queue.async([&] { second = true; });
-        ASSERT_TRUE(waitUntil([&] { return pausing.load(); }));
-    }
-    EXPECT_TRUE(cut);
-    EXPECT_FALSE(second);
-    EXPECT_LT(SteadyClock::now() - begin, 30s);
-}
-
-TEST(ThreadSerialQueue, HasNoThreadUntilItIsUsed)
-{
-    // Nothing to join, nothing to wait for.
-    const ThreadSerialQueue queue(QStringLiteral("q"));
-    EXPECT_EQ(queue.label(), QStringLiteral("q"));
 }
 
 } // namespace spotwell

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace spotwell
+{
+
+/// Puts /dev/null where the parent has closed a standard stream, so that what is opened later is not taken
+/// for one. To be called first of all.
+void occupyStandardStreams();
+
+} // namespace spotwell

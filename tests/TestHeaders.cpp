@@ -1,0 +1,1 @@
+// Nothing of its own: stands for the precompiled headers of the tests.
