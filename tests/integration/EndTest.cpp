@@ -27,7 +27,7 @@ class SignalTest : public EndTest, public testing::WithParamInterface<int>
 TEST_P(SignalTest, savesSaysQuitAndEnds)
 {
     startConnected();
-    end(GetParam());
+    endAtOnce(GetParam());
     EXPECT_TRUE(hears("quit\n"));
     EXPECT_TRUE(node.hasEnded());
     EXPECT_EQ(home.settings(), allSettings());
@@ -41,7 +41,7 @@ TEST_F(EndTest, savesTheTextsOfAFirstRunAsEmpty)
 {
     start();
     ASSERT_TRUE(waitUntil([this] { return home.log().contains("applicationDidFinishLaunching:v"); }));
-    end();
+    endAtOnce();
     SettingsTexts settings = allSettings();
     for (const char* key : {"dxcluster", "port", "callsign", "password"})
         settings[QString::fromLatin1(key)] = QString();
@@ -57,7 +57,7 @@ TEST_F(EndTest, keepsTheChoicesThatWereOn)
     home.writeSettings(settings);
     start();
     ASSERT_TRUE(node.accept());
-    end();
+    endAtOnce();
     EXPECT_EQ(home.settings(), settings);
 }
 
@@ -68,7 +68,7 @@ TEST_F(EndTest, doesNotWaitForAScript)
     startConnected();
     say(spotLine(1) + "\n" + spotLine(2) + "\n" + spotLine(3) + "\n");
     ASSERT_FALSE(next(*logger, QStringLiteral("call")).isEmpty());
-    end();
+    endAtOnce();
     EXPECT_TRUE(hears("quit\n"));
     EXPECT_EQ(home.settings(), allSettings());
 }
@@ -81,7 +81,7 @@ TEST_F(EndTest, doesNotWaitForAHungBus)
     ASSERT_EQ(next(*logger, QStringLiteral("signal")), notificationOf(spotLine(1)));
     bus.stop();
     say(spotLine(2) + "\n" + spotLine(3) + "\n");
-    end();
+    endAtOnce();
     EXPECT_TRUE(hears("quit\n"));
     EXPECT_EQ(home.settings(), allSettings());
 }
@@ -94,7 +94,7 @@ TEST_F(EndTest, doesNotWaitForANameServer)
     start({QStringLiteral("LD_PRELOAD=" SILENT_RESOLVER),
            QStringLiteral("ASAN_OPTIONS=verify_asan_link_order=0")});
     ASSERT_TRUE(waitUntil([this] { return home.log().contains("Node:node.invalid Opened on Port:"); }));
-    end();
+    endAtOnce();
     EXPECT_EQ(home.settings(), settings);
 }
 
@@ -106,7 +106,7 @@ TEST_F(EndTest, doesNotWaitForANodeThatDoesNotRead)
         talk += "login: " + QByteArray::number(number) + "\r\n";
     say(talk);
     ASSERT_TRUE(logs(QStringLiteral("logging in"), 100));
-    end();
+    endAtOnce();
     EXPECT_EQ(home.settings(), allSettings());
 }
 

@@ -50,6 +50,19 @@ inline constexpr char unknownCertificate[] =
     "zHJO3kfJAiEAmw03nKE/HcVoAOUMqb2aeIf83Sbg8xjUDS1qW2x/W/k=\n"
     "-----END CERTIFICATE-----\n";
 
+/// For api.pota.app, signed by itself.
+inline constexpr char selfSignedCertificate[] =
+    "-----BEGIN CERTIFICATE-----\n"
+    "MIIBZjCCAQ2gAwIBAgIBBzAKBggqhkjOPQQDAjAXMRUwEwYDVQQDDAxhcGkucG90\n"
+    "YS5hcHAwIBcNMDAwMTAxMDAwMDAwWhgPMjE5OTEyMzEyMzU5NTlaMBcxFTATBgNV\n"
+    "BAMMDGFwaS5wb3RhLmFwcDBZMBMGByqGSM49AgEGCCqGSM49AwEHA0IABIk7CShM\n"
+    "yNq0JSHngd95z9WQDO2v6JXzFcqrBDoxleVegQeL6gYlr85KyiEq7QZTVA4tvB+5\n"
+    "oqAggP239mX2bXWjSDBGMAwGA1UdEwEB/wQCMAAwFwYDVR0RBBAwDoIMYXBpLnBv\n"
+    "dGEuYXBwMB0GA1UdDgQWBBSQMtXevZSD36196wjsxMlcP3toKTAKBggqhkjOPQQD\n"
+    "AgNHADBEAiBfddNlkOFYxqxLxqrmMU1ZiQR1b16v9S2QVrfWZ5TqwgIgWOORZ4Gs\n"
+    "cGsdPfzdTVD1ESJnB9mLHqcl3AeubqHQc4E=\n"
+    "-----END CERTIFICATE-----\n";
+
 /// By the known authority, but for www.dxsummit.fi.
 inline constexpr char strangersCertificate[] =
     "-----BEGIN CERTIFICATE-----\n"

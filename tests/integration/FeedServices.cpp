@@ -2,6 +2,7 @@
 
 #include "tests/integration/TlsFront.h"
 
+#include <sys/socket.h>
 #include <utility>
 
 namespace spotwell
@@ -38,6 +39,13 @@ void FeedServices::answer(const std::string& address, LoopbackHttpServer::Handle
 
 void FeedServices::start(PrivateNetwork::Listeners listeners, const QByteArray& certificate)
 {
+    front_.reset();
+    behindTls_.reset();
+    plain_.reset();
+    // What was served on them before has ended them.
+    constexpr int mostWaiting = 64;
+    for (const int listener : {listeners.http, listeners.https})
+        ::listen(listener, mostWaiting);
     plain_ = std::make_unique<LoopbackHttpServer>(handlerFor("http"), listeners.http);
     behindTls_ = std::make_unique<LoopbackHttpServer>(handlerFor("https"));
     front_ = std::make_unique<TlsFront>(listeners.https, certificate,

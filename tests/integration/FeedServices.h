@@ -36,7 +36,8 @@ public:
 
     /// What requests of this address are answered with from now on. Without that an address does not exist.
     void answer(const std::string& address, LoopbackHttpServer::Handler handler);
-    /// Begins to serve; over https with this certificate for the loopbackKey, in PEM.
+    /// Begins to serve on these sockets, or anew; over https with this certificate for the loopbackKey, in
+    /// PEM.
     void start(PrivateNetwork::Listeners listeners, const QByteArray& certificate);
 
     /// The requests so far: of this address, and of any.

@@ -187,7 +187,7 @@ class FeedsEndTest : public FeedsTest
 protected:
     void endInOrder()
     {
-        end();
+        endAtOnce();
         EXPECT_EQ(home.settings(), feedSettings());
     }
 };

@@ -2,8 +2,8 @@
 
 #include <array>
 #include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
-#include <utility>
 
 namespace spotwell
 {
@@ -19,9 +19,9 @@ void FeedsTest::TearDown()
 {
     gate.open();
     ProgramTest::TearDown();
-    if (listeners_) {
-        ::close(listeners_->http);
-        ::close(listeners_->https);
+    if (listeners) {
+        for (const int listener : {listeners->http, listeners->https, listeners->node})
+            ::close(listener);
     }
 }
 
@@ -52,24 +52,37 @@ SettingsTexts FeedsTest::feedSettings(const QStringList& feeds)
 
 void FeedsTest::startFeeds(const QStringList& feeds, const QStringList& variables, const QStringList& hosts)
 {
+    startWith(feedSettings(feeds), variables, hosts);
+}
+
+void FeedsTest::startWith(const SettingsTexts& settings, const QStringList& variables,
+                          const QStringList& hosts)
+{
     spotListener_ = std::make_unique<BusPeer>(bus);
     spotListener_->command({QStringLiteral("listen"), QStringLiteral("com.tarnbrooksoftware.spotwell_spot")});
-    home.writeSettings(feedSettings(feeds));
-    network_.emplace(home.filePath(QStringLiteral("network")), hosts);
+    home.writeSettings(settings);
+    network.emplace(home.filePath(QStringLiteral("network")), hosts);
     started = std::chrono::steady_clock::now();
-    program.emplace(home, bus.address(), variables, network_->launcher());
-    listeners_ = network_->takeListeners();
+    program.emplace(home, bus.address(), variables, network->launcher() + launcher);
+    listeners = network->takeListeners();
 }
 
 bool FeedsTest::isCalled() const
 {
-    std::array<pollfd, 2> calls{{{listeners_->http, POLLIN, 0}, {listeners_->https, POLLIN, 0}}};
+    std::array<pollfd, 2> calls{{{listeners->http, POLLIN, 0}, {listeners->https, POLLIN, 0}}};
     return ::poll(calls.data(), calls.size(), 0) == 2;
 }
 
 void FeedsTest::serve(const QByteArray& certificate)
 {
-    services.start(*std::exchange(listeners_, std::nullopt), certificate);
+    services.start({::dup(listeners->http), ::dup(listeners->https), listeners->node}, certificate);
+}
+
+void FeedsTest::refuse()
+{
+    // A socket that listens stops to do so, and can begin again.
+    for (const int listener : {listeners->http, listeners->https})
+        ::shutdown(listener, SHUT_RDWR);
 }
 
 LoopbackHttpServer::Handler FeedsTest::held(LoopbackHttpServer::Handler answer)

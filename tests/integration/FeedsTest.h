@@ -18,8 +18,7 @@ inline const std::string potaAddress = "https://api.pota.app/spot/activator";
 inline const std::string dxSummitAddress = "http://www.dxsummit.fi/api/v1/spots";
 inline const std::string wsprnetAddress = "http://www.wsprnet.org/drupal/wsprnet/spots";
 
-/// The shipped program on a network where the web services are the test's, and a listener for the spots. No
-/// node.
+/// The shipped program on a network where the web services are the test's, and a listener for the spots.
 class FeedsTest : public ProgramTest
 {
 protected:
@@ -29,13 +28,19 @@ protected:
     /// The program's settings with all feeds and their options on, or only some of the feeds.
     [[nodiscard]] static SettingsTexts feedSettings(const QStringList& feeds = allFeeds());
     [[nodiscard]] static QStringList allFeeds();
-    /// Starts the program with these feeds. Nobody serves on its network yet.
+    /// Starts the program with these feeds (with these settings). Nobody serves on its network yet, nor is
+    /// there a node.
     void startFeeds(const QStringList& feeds = allFeeds(), const QStringList& variables = {},
                     const QStringList& hosts = allHosts());
+    void startWith(const SettingsTexts& settings, const QStringList& variables = {},
+                   const QStringList& hosts = allHosts());
     [[nodiscard]] static QStringList allHosts();
     /// Whether somebody waits to be served, over http and over https.
     [[nodiscard]] bool isCalled() const;
+    /// Begins to serve, or serves anew.
     void serve(const QByteArray& certificate = potaCertificate);
+    /// Nobody listens until somebody serves.
+    void refuse();
 
     /// This answer, but not before the gate is open.
     LoopbackHttpServer::Handler held(LoopbackHttpServer::Handler answer);
@@ -50,6 +55,9 @@ protected:
     /// The log's entries that begin with one of these, in the order they were written.
     [[nodiscard]] QStringList entriesOf(const QStringList& operations) const;
 
+    /// The program's, while it runs.
+    std::optional<PrivateNetwork> network;
+    std::optional<PrivateNetwork::Listeners> listeners;
     /// Opened by the test; in the end it is open anyway.
     Gate gate;
     FeedServices services;
@@ -57,8 +65,6 @@ protected:
     Moment started{};
 
 private:
-    std::optional<PrivateNetwork> network_;
-    std::optional<PrivateNetwork::Listeners> listeners_;
     std::unique_ptr<BusPeer> spotListener_;
 };
 

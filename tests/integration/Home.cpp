@@ -12,12 +12,6 @@ namespace spotwell
 namespace
 {
 
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QString placeForHomes()
 {
     const QFileInfo memory(QStringLiteral("/dev/shm"));
@@ -26,6 +20,12 @@ QString placeForHomes()
 }
 
 } // namespace
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 Home::Home() : directory_(placeForHomes())
 {

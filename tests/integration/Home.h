@@ -11,6 +11,9 @@ namespace spotwell
 /// Settings by their keys, as they stand in the file.
 using SettingsTexts = QMap<QString, QString>;
 
+/// What is in the file; empty when it cannot be read.
+[[nodiscard]] QByteArray contentOf(const QString& path);
+
 /// A user's directories in a temporary place, with what the program keeps there.
 class Home
 {

@@ -36,8 +36,10 @@ int listenAt(const QByteArray& path)
     std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
     const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(listener, 1) != 0)
+        ::listen(listener, 1) != 0) {
+        ::close(listener);
         throw std::runtime_error("no socket");
+    }
     return listener;
 }
 
@@ -61,10 +63,7 @@ std::optional<QString> PrivateNetwork::refusal()
 PrivateNetwork::PrivateNetwork(const QString& directory, const QStringList& hosts) : directory_(directory)
 {
     QDir().mkpath(directory_ + QStringLiteral("/certs"));
-    QByteArray names = "127.0.0.1 localhost\n";
-    for (const QString& host : hosts)
-        names += "127.0.0.1 " + host.toLatin1() + '\n';
-    writeFile(directory_ + QStringLiteral("/hosts"), names);
+    know(hosts);
     writeFile(directory_ + QStringLiteral("/nsswitch.conf"), "passwd: files\ngroup: files\nhosts: files\n");
     writeFile(directory_ + QStringLiteral("/certs/") + QString::fromLatin1(authorityFileName),
               authorityCertificate);
@@ -76,6 +75,14 @@ PrivateNetwork::~PrivateNetwork()
     ::close(receiver_);
 }
 
+void PrivateNetwork::know(const QStringList& hosts) const
+{
+    QByteArray names = "127.0.0.1 localhost\n";
+    for (const QString& host : hosts)
+        names += "127.0.0.1 " + host.toLatin1() + '\n';
+    writeFile(directory_ + QStringLiteral("/hosts"), names);
+}
+
 QStringList PrivateNetwork::launcher() const
 {
     return {QStringLiteral(PRIVATE_NETWORK), directory_};
@@ -85,7 +92,7 @@ PrivateNetwork::Listeners PrivateNetwork::takeListeners() const
 {
     const int connection =
         hasSomething(receiver_) ? ::accept4(receiver_, nullptr, nullptr, SOCK_CLOEXEC) : -1;
-    std::array<int, 2> listeners{};
+    std::array<int, 3> listeners{};
     char content = 0;
     iovec bytes{&content, 1};
     alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof listeners)> control{};
@@ -101,7 +108,7 @@ PrivateNetwork::Listeners PrivateNetwork::takeListeners() const
     if (rights == nullptr || rights->cmsg_len != CMSG_LEN(sizeof listeners))
         throw std::runtime_error("no listeners");
     std::memcpy(listeners.data(), CMSG_DATA(rights), sizeof listeners);
-    return {listeners[0], listeners[1]};
+    return {listeners[0], listeners[1], listeners[2]};
 }
 
 } // namespace spotwell

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <optional>
 
 namespace spotwell
@@ -13,10 +14,14 @@ namespace spotwell
 class PrivateNetwork
 {
 public:
+    /// Where a node is.
+    static constexpr std::uint16_t nodePort = 7300;
     /// The listening sockets at that address; they are the receiver's to close.
     struct Listeners {
         int http;
         int https;
+        /// Of nodePort.
+        int node;
     };
 
     /// Why this machine does not permit such networks; absent when it does.
@@ -29,6 +34,8 @@ public:
     PrivateNetwork(const PrivateNetwork&) = delete;
     PrivateNetwork& operator=(const PrivateNetwork&) = delete;
 
+    /// From now on these are the names that can be resolved.
+    void know(const QStringList& hosts) const;
     /// What has to stand before the command that is to be on this network; for one command.
     [[nodiscard]] QStringList launcher() const;
     /// Waits for the command; throws when it does not come.

@@ -20,7 +20,7 @@ QByteArray spotLine(int number, qsizetype length)
     return line.leftJustified(length, '.');
 }
 
-QStringList notificationOf(const QByteArray& line)
+QStringList notificationOf(const QByteArray& line, const QString& host)
 {
     return {QStringLiteral("signal"),
             QStringLiteral("/com/tarnbrooksoftware/DistributedNotifications"),
@@ -30,7 +30,7 @@ QStringList notificationOf(const QByteArray& line)
             lineNotificationName,
             QStringLiteral("string object"),
             QStringLiteral("line=QString:") + QString::fromUtf8(line),
-            QStringLiteral("source=QString:127.0.0.1")};
+            QStringLiteral("source=QString:") + host};
 }
 
 ProgramTest::~ProgramTest() = default;
@@ -57,7 +57,7 @@ SettingsTexts ProgramTest::settingsFor(std::uint16_t port)
 
 void ProgramTest::start(const QStringList& variables)
 {
-    program.emplace(home, bus.address(), variables);
+    program.emplace(home, bus.address(), variables, launcher);
 }
 
 void ProgramTest::startConnected(const QStringList& variables)
@@ -68,6 +68,11 @@ void ProgramTest::startConnected(const QStringList& variables)
 }
 
 void ProgramTest::end(int signalNumber)
+{
+    EXPECT_TRUE(program->end(signalNumber)) << "no orderly end";
+}
+
+void ProgramTest::endAtOnce(int signalNumber)
 {
     const auto taken = program->end(signalNumber);
     ASSERT_TRUE(taken) << "no orderly end";

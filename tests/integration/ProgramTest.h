@@ -33,8 +33,10 @@ protected:
     void start(const QStringList& variables = {});
     /// Starts it with the settings for `node`; there is a connection when this returns.
     void startConnected(const QStringList& variables = {});
-    /// Ends it with SIGTERM; that has to take less than a second.
+    /// Ends it, in order.
     void end(int signalNumber = SIGTERM);
+    /// Likewise; that has to take less than a second.
+    void endAtOnce(int signalNumber = SIGTERM);
 
     /// The texts of the log's entries, without what stands before them.
     [[nodiscard]] QStringList entries() const;
@@ -55,6 +57,8 @@ protected:
     Home home;
     PrivateBus bus;
     LoopbackPeer node;
+    /// A command that becomes the program; none by default.
+    QStringList launcher;
     std::optional<RunningProgram> program;
 };
 
@@ -63,7 +67,8 @@ protected:
 /// A spot line with its number in it, without a line end.
 [[nodiscard]] QByteArray spotLine(int number, qsizetype length = 75);
 /// What a listener on the bus sees of the notification of such a line.
-[[nodiscard]] QStringList notificationOf(const QByteArray& line);
+[[nodiscard]] QStringList notificationOf(const QByteArray& line,
+                                         const QString& host = QStringLiteral("127.0.0.1"));
 
 inline const QString loggerBusName = QStringLiteral("com.tarnbrooksoftware.Application.Logwright");
 inline const QString lineNotificationName = QStringLiteral("com.tarnbrooksoftware.spotwell_line");

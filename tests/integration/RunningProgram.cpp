@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <csignal>
+#include <cstring>
 #include <stdexcept>
 
 namespace spotwell
@@ -72,16 +73,27 @@ QByteArray RunningProgram::standardError()
     return standardError_ += process_.readAllStandardError();
 }
 
+void RunningProgram::stop() const
+{
+    signal(SIGSTOP);
+    (void)waitUntil([this] { return status("State:").startsWith('T'); });
+}
+
 qint64 RunningProgram::residentKiB() const
+{
+    return status("VmRSS:").split(' ').first().toLongLong();
+}
+
+QByteArray RunningProgram::status(const char* name) const
 {
     QFile file(QStringLiteral("/proc/%1/status").arg(process_.processId()));
     if (!file.open(QIODevice::ReadOnly))
-        return 0;
+        return {};
     for (const QByteArray& line : file.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).chopped(3).trimmed().toLongLong();
+        if (line.startsWith(name))
+            return line.mid(static_cast<qsizetype>(std::strlen(name))).trimmed();
     }
-    return 0;
+    return {};
 }
 
 } // namespace spotwell

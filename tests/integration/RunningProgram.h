@@ -37,6 +37,7 @@ public:
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
 
+    [[nodiscard]] qint64 processId() const { return process_.processId(); }
     void signal(int number) const;
     [[nodiscard]] bool isRunning() const { return process_.state() != QProcess::NotRunning; }
     /// Waits for its end. The exit code; absent when a signal ended it or it does not end.
@@ -45,10 +46,15 @@ public:
     std::optional<std::chrono::duration<double>> end(int signalNumber);
     /// What came on the standard error stream it was started with.
     QByteArray standardError();
+    /// Lets it hang: this returns when nothing of it runs any more. signal(SIGCONT) lets it go on.
+    void stop() const;
     /// The memory it has in use, in KiB.
     [[nodiscard]] qint64 residentKiB() const;
 
 private:
+    /// What a line of /proc/PID/status says; empty without that line.
+    [[nodiscard]] QByteArray status(const char* name) const;
+
     QProcess process_;
     QByteArray standardError_;
 };

@@ -26,7 +26,7 @@ public:
     /// How many events of this name it has reported; with `key`, only those with `value` there.
     qsizetype count(QStringView event, QStringView key = {}, const QJsonValue& value = {});
     /// Waits for its end. The exit code; absent when it does not end.
-    std::optional<int> waitForEnd(std::chrono::milliseconds deadline = std::chrono::seconds{20});
+    std::optional<int> waitForEnd(std::chrono::milliseconds deadline = std::chrono::seconds{60});
     /// All it has reported, as it stands.
     QByteArray report();
 

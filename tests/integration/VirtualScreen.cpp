@@ -3,7 +3,6 @@
 #include <QFile>
 #include <QtEndian>
 
-#include <csignal>
 #include <cstring>
 #include <stdexcept>
 

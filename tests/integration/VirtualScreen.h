@@ -6,6 +6,7 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <csignal>
 #include <optional>
 
 namespace spotwell
@@ -23,6 +24,9 @@ public:
 
     /// What DISPLAY has to be for its clients.
     [[nodiscard]] QString display() const { return display_; }
+    /// Lets it hang, and go on.
+    void stop() { server_->signal(SIGSTOP); }
+    void resume() { server_->signal(SIGCONT); }
     /// What it shows now.
     [[nodiscard]] QImage picture() const;
     /// A file in its temporary directory.

@@ -4,8 +4,9 @@
 //   private_network DIRECTORY COMMAND...   becomes COMMAND
 //
 // The command sees DIRECTORY's hosts, nsswitch.conf and certs in the places of the system's. Before it
-// starts, the listening sockets of 127.0.0.1's ports 80 and 443 are handed out over DIRECTORY's socket
-// "listeners", in this order, so that servers outside can stand for any host the command knows.
+// starts, the listening sockets of 127.0.0.1's ports 80, 443 and 7300 are handed out over DIRECTORY's socket
+// "listeners", in this order, so that servers outside can stand for any web service or node the command
+// knows.
 
 #include <arpa/inet.h>
 #include <array>
@@ -81,12 +82,15 @@ int listenAt(std::uint16_t port)
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    // So that a test can end it and let it listen again.
+    const int on = 1;
+    ::setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     require(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "bind");
     require(::listen(listener, 64) == 0, "listen");
     return listener;
 }
 
-void handOut(const std::array<int, 2>& listeners, const std::string& path)
+void handOut(const std::array<int, 3>& listeners, const std::string& path)
 {
     const int receiver = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un address{};
@@ -133,7 +137,7 @@ int main(int argc, char** argv)
                                   "ALL_PROXY", "no_proxy", "NO_PROXY"})
             ::unsetenv(proxy);
         startLoopback();
-        handOut({listenAt(80), listenAt(443)}, directory + "/listeners");
+        handOut({listenAt(80), listenAt(443), listenAt(7300)}, directory + "/listeners");
         ::execv(argv[2], argv + 2);
         require(false, argv[2]);
     } catch (const std::exception& error) {

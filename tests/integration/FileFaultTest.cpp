@@ -1,0 +1,65 @@
+#include "tests/integration/FileFaultTest.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace spotwell
+{
+
+void FileFaultTest::launch(const QStringList& command, const QStringList& variables)
+{
+    program.emplace(home, bus.address(), variables, command);
+    EXPECT_TRUE(ping.answers()) << "no window";
+}
+
+void FileFaultTest::expectLogin()
+{
+    ASSERT_TRUE(node.accept());
+    say("login: ");
+    ASSERT_TRUE(waitUntil([this] { return node.heard().endsWith("N0CALL\n"); }, std::chrono::seconds{60}));
+}
+
+void FileFaultTest::expectTheNodeGoesOn()
+{
+    const QByteArray line = spotLine(++lines_);
+    say(line + "\r\n");
+    EXPECT_EQ(next(*logger, QStringLiteral("signal")), notificationOf(line));
+    expectTheWindowAnswers();
+}
+
+SettingsTexts FileFaultTest::fullSettings() const
+{
+    SettingsTexts settings = settingsFor(node.port());
+    for (const char* key : {"wsprnet", "dxsummit", "pota", "skimmers", "dxsexclusive", "dark"})
+        settings.insert(QString::fromLatin1(key), QStringLiteral("false"));
+    return settings;
+}
+
+void FileFaultTest::put(const QString& path, const QByteArray& content) const
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+}
+
+unsigned FileFaultTest::modeOf(const QString& path)
+{
+    struct stat status {
+    };
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0;
+}
+
+QStringList FileFaultTest::withoutPrivileges()
+{
+    if (::geteuid() != 0)
+        return {};
+    return {QStringLiteral("setpriv"), QStringLiteral("--inh-caps=-all"),
+            QStringLiteral("--bounding-set=-all")};
+}
+
+} // namespace spotwell

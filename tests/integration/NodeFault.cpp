@@ -1,0 +1,186 @@
+#include "tests/integration/NodeFault.h"
+
+#include <QThread>
+
+#include <csignal>
+
+namespace spotwell
+{
+
+using namespace std::chrono_literals;
+
+namespace
+{
+
+const QString opened = QStringLiteral("openTelnetConnection");
+const QString closed = QStringLiteral("closeTelnetConnection");
+
+/// Like waitUntil(), for what the program has to be asked for: not more often than it can answer beside its
+/// work.
+template <typename Condition>
+bool askUntil(Condition condition)
+{
+    return waitUntil(
+        [&] {
+            QThread::msleep(20);
+            return condition();
+        },
+        60s);
+}
+
+} // namespace
+
+void NodeFault::open(const QString& name, const QStringList& libraries, const QStringList& variables)
+{
+    host = name;
+    SettingsTexts settings = settingsFor(node.port());
+    settings[QStringLiteral("dxcluster")] = host;
+    home.writeSettings(settings);
+    start(clock.variables(libraries) + variables);
+    user.emplace(bus);
+    ping.emplace();
+    ASSERT_TRUE(logs(opened));
+    read_ = newEntries().indexOf(opened);
+    seeOpened();
+}
+
+void NodeFault::openConnected()
+{
+    open();
+    ASSERT_TRUE(node.accept());
+    seeToggle(true);
+}
+
+void NodeFault::seeOpened()
+{
+    see({opened});
+    read({opened, QStringLiteral("Node:%1 Opened on Port:%2 istream status:[1] ostream status:[1]")
+                      .arg(host, QString::number(node.port()))});
+}
+
+void NodeFault::logIn()
+{
+    say("login: ");
+    ASSERT_TRUE(hears("N0CALL\n"));
+    see({QStringLiteral("teln login: "), QStringLiteral("loging in")});
+    read({QStringLiteral("logging in"),
+          QStringLiteral("DXClusterController:sendTelnet:[7]characters:N0CALL")});
+}
+
+void NodeFault::passSpot()
+{
+    const QByteArray line = spotLine(++spots_);
+    say(line + "\r\n");
+    EXPECT_EQ(next(*logger, QStringLiteral("signal")), notificationOf(line, host));
+    see({QStringLiteral("teln ") + QString::fromUtf8(line)});
+}
+
+void NodeFault::comeBack()
+{
+    clock.step(61s);
+    comeBackByItself();
+}
+
+void NodeFault::comeBackByItself()
+{
+    seeReconnection();
+    node.forget();
+    ASSERT_TRUE(node.accept());
+    seeToggle(true);
+    passSpot();
+}
+
+void NodeFault::seeReconnection()
+{
+    const QString attempt = QStringLiteral("Attempting Reconnect with ") + host;
+    ASSERT_TRUE(waitUntil([&] { return newEntries().size() >= 3; }));
+    EXPECT_EQ(newEntries().first(), attempt);
+    ++read_;
+    EXPECT_EQ(newLines().value(0), attempt);
+    ++seen_;
+    seeOpened();
+}
+
+void NodeFault::endInOrder(bool reconnect)
+{
+    EXPECT_TRUE(ping->answers());
+    EXPECT_EQ(newLines(), QStringList());
+    SettingsTexts settings = settingsFor(node.port());
+    settings[QStringLiteral("dxcluster")] = host;
+    settings[QStringLiteral("reconnect")] = QVariant(reconnect).toString();
+    for (const char* key : {"wsprnet", "dxsummit", "pota", "skimmers", "dxsexclusive", "dark"})
+        settings.insert(QString::fromLatin1(key), QStringLiteral("false"));
+    EXPECT_TRUE(program->end(SIGTERM)) << "no orderly end";
+    EXPECT_EQ(home.settings(), settings);
+    EXPECT_EQ(logger->count(QStringLiteral("signal")), 0);
+    QStringList last = newEntries();
+    last.removeOne(quitEntry);
+    EXPECT_EQ(last, QStringList(closed));
+}
+
+void NodeFault::see(const QStringList& lines)
+{
+    (void)askUntil([&] { return newLines().size() >= lines.size(); });
+    EXPECT_EQ(newLines().mid(0, lines.size()), lines);
+    seen_ += lines.size();
+}
+
+void NodeFault::seeInAnyOrder(QStringList lines)
+{
+    (void)askUntil([&] { return newLines().size() >= lines.size(); });
+    QStringList shown = newLines().mid(0, lines.size());
+    shown.sort();
+    lines.sort();
+    EXPECT_EQ(shown, lines);
+    seen_ += lines.size();
+}
+
+void NodeFault::read(const QStringList& entries)
+{
+    (void)waitUntil([&] { return newEntries().size() >= entries.size(); }, 60s);
+    EXPECT_EQ(newEntries().mid(0, entries.size()), entries);
+    read_ += entries.size();
+}
+
+void NodeFault::seeClosed(const QString& last)
+{
+    see(last.isEmpty() ? QStringList(closed) : QStringList{closed, last});
+    seeToggle(false);
+}
+
+void NodeFault::seeLeftForSilence(const QString& minutes)
+{
+    const QString message = QStringLiteral("Nothing heard from 127.0.0.1 in %1 minutes").arg(minutes);
+    see({message, closed});
+    read({message, quitEntry, closed});
+    comeBackByItself();
+}
+
+void NodeFault::seeToggle(bool on)
+{
+    EXPECT_TRUE(askUntil([&] { return user->isOn(toggleName) == on; })) << on;
+}
+
+bool NodeFault::staysQuiet()
+{
+    return clock.ticks(2) && newEntries().isEmpty() && newLines().isEmpty();
+}
+
+QStringList NodeFault::newLines()
+{
+    return user->console().mid(seen_);
+}
+
+QStringList NodeFault::newEntries() const
+{
+    QStringList all = entries();
+    all.removeLast(); // what stands behind the last line feed
+    all.removeIf([](const QString& entry) {
+        // The second one is about a busy machine.
+        return entry == QStringLiteral("NSStreamEventHasSpaceAvailable") ||
+               entry.startsWith(QStringLiteral("runningApplications:"));
+    });
+    return all.mid(read_);
+}
+
+} // namespace spotwell

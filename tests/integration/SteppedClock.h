@@ -1,0 +1,45 @@
+#pragma once
+
+#include "tests/integration/SteppedClockPage.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <cstdint>
+
+namespace spotwell
+{
+
+/// The wall clock of a program that was started with variables(). It stands, and moves when the test steps
+/// it, however long the machine takes in between. Timers go on with real seconds, as they do when a clock is
+/// set; a machine's sleep is the program stopped, a step, and the program continued.
+class SteppedClock
+{
+public:
+    using Time = std::chrono::sys_time<std::chrono::nanoseconds>;
+
+    /// Begins with the present, which certificates are good for, in whole milliseconds as the log's stamps
+    /// have. Shares the file `path` with the program; throws when that fails.
+    explicit SteppedClock(const QString& path);
+    ~SteppedClock();
+    SteppedClock(const SteppedClock&) = delete;
+    SteppedClock& operator=(const SteppedClock&) = delete;
+
+    /// What the program has to be started with, "NAME=VALUE"; `libraries` are loaded before it, too.
+    [[nodiscard]] QStringList variables(const QStringList& libraries = {}) const;
+
+    /// What the program's clock says.
+    [[nodiscard]] Time now() const;
+    /// Sets it forwards, or backwards.
+    void step(std::chrono::nanoseconds by);
+    /// Waits until the program's main thread, otherwise quiet, has read the clock in this many more seconds:
+    /// with "reconnect" on, the supervision does so in each.
+    [[nodiscard]] bool ticks(std::uint64_t seconds = 2) const;
+
+private:
+    const QString path_;
+    SteppedClockPage* page_ = nullptr;
+};
+
+} // namespace spotwell

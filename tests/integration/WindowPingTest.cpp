@@ -1,0 +1,34 @@
+#include "tests/integration/WindowPing.h"
+
+#include "tests/integration/ProgramTest.h"
+
+namespace spotwell
+{
+namespace
+{
+
+using namespace std::chrono_literals;
+
+using WindowPingTest = ProgramTest;
+
+TEST_F(WindowPingTest, hearsTheWindowUnlessTheProgramHangs)
+{
+    const WindowPing ping;
+    EXPECT_FALSE(ping.answers(100ms)) << "there is no window";
+    start();
+    ASSERT_TRUE(ping.answers());
+    program->stop();
+    EXPECT_FALSE(ping.answers(300ms));
+    EXPECT_GT(ping.longest(), 200ms);
+    program->signal(SIGCONT);
+    EXPECT_TRUE(ping.answersWhile([] { return true; }));
+    EXPECT_GT(ping.longest(), 200ms);
+    end();
+    EXPECT_FALSE(ping.answers(100ms)) << "there is no window any more";
+    program.reset();
+    start();
+    EXPECT_TRUE(ping.answers()) << "it looks for the window of another run";
+}
+
+} // namespace
+} // namespace spotwell
