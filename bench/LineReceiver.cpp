@@ -14,9 +14,10 @@ namespace spotwell::bench
 namespace
 {
 
-constexpr const char* lineRule = "type='signal',path='/com/tarnbrooksoftware/DistributedNotifications',"
-                                 "interface='com.tarnbrooksoftware.DistributedNotifications',member='Posted',"
-                                 "arg0='com.tarnbrooksoftware.spotwell_line'";
+constexpr const char* ruleFront =
+    "type='signal',path='/com/tarnbrooksoftware/DistributedNotifications',"
+    "interface='com.tarnbrooksoftware.DistributedNotifications',member='Posted',"
+    "arg0=";
 
 int getProperty(sd_bus*, const char*, const char*, const char* property, sd_bus_message* reply, void*,
                 sd_bus_error*)
@@ -37,27 +38,29 @@ void check(int result, const char* what)
         throw std::system_error(-result, std::generic_category(), what);
 }
 
-/// The text under "line" in the user information that comes next; empty when there is none.
-std::string_view readLine(sd_bus_message* signal)
+/// The text under `wanted` in the user information that comes next; empty when there is none.
+std::string_view readText(sd_bus_message* signal, std::string_view wanted)
 {
-    const char* line = "";
+    const char* text = "";
     sd_bus_message_enter_container(signal, SD_BUS_TYPE_ARRAY, "{sv}");
     while (sd_bus_message_enter_container(signal, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
         const char* key = nullptr;
         sd_bus_message_read(signal, "s", &key);
-        if (std::string_view(key) == "line")
-            sd_bus_message_read(signal, "v", "s", &line);
+        if (wanted == key)
+            sd_bus_message_read(signal, "v", "s", &text);
         else
             sd_bus_message_skip(signal, "v");
         sd_bus_message_exit_container(signal);
     }
-    return line;
+    return text;
 }
 
 } // namespace
 
-LineReceiver::LineReceiver(std::string busAddress, Received received)
-    : busAddress_(std::move(busAddress)), received_(std::move(received))
+LineReceiver::LineReceiver(std::string busAddress, Received received, Received spotReceived)
+    : busAddress_(std::move(busAddress)),
+      received_(std::move(received)),
+      spotReceived_(std::move(spotReceived))
 {
 }
 
@@ -74,7 +77,9 @@ void LineReceiver::start()
     check(sd_bus_add_object_vtable(bus_.get(), nullptr, "/com/tarnbrooksoftware/Application",
                                    "com.tarnbrooksoftware.Application", application, nullptr),
           "export");
-    check(sd_bus_add_match(bus_.get(), nullptr, lineRule, &lineArrived, this), "match");
+    listen("com.tarnbrooksoftware.spotwell_line", &lineArrived);
+    if (spotReceived_)
+        listen("com.tarnbrooksoftware.spotwell_spot", &spotArrived);
     check(sd_bus_request_name(bus_.get(), "com.tarnbrooksoftware.Application.Logwright", 0), "name");
     thread_ = std::thread([this] { work(); });
 }
@@ -87,6 +92,12 @@ void LineReceiver::connect()
     check(sd_bus_set_address(bus, busAddress_.c_str()), "address");
     check(sd_bus_set_bus_client(bus, 1), "client");
     check(sd_bus_start(bus), "start");
+}
+
+void LineReceiver::listen(const char* notification, sd_bus_message_handler_t arrived)
+{
+    const std::string rule = ruleFront + ("'" + std::string(notification)) + "'";
+    check(sd_bus_add_match(bus_.get(), nullptr, rule.c_str(), arrived, this), "match");
 }
 
 void LineReceiver::work()
@@ -108,12 +119,19 @@ int LineReceiver::lineArrived(sd_bus_message* signal, void* userdata, sd_bus_err
 {
     auto& self = *static_cast<LineReceiver*>(userdata);
     sd_bus_message_skip(signal, "ss");
-    const std::string_view line = readLine(signal);
+    const std::string_view line = readText(signal, "line");
     if (self.received_)
         self.received_(line);
     const std::lock_guard lock(self.mutex_);
     if (++self.count_ == self.awaited_)
         self.arrived_.notify_all();
+    return 0;
+}
+
+int LineReceiver::spotArrived(sd_bus_message* signal, void* userdata, sd_bus_error*)
+{
+    sd_bus_message_skip(signal, "ss");
+    static_cast<LineReceiver*>(userdata)->spotReceived_(readText(signal, "combinedCallsign"));
     return 0;
 }
 

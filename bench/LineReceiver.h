@@ -23,8 +23,9 @@ public:
     /// Called with each line, in UTF-8, on the receiver's thread.
     using Received = std::function<void(std::string_view line)>;
 
-    /// `received` may be empty.
-    LineReceiver(std::string busAddress, Received received);
+    /// `received` may be empty; with `spotReceived` it is also notified of spots, and calls that with each
+    /// one's call.
+    LineReceiver(std::string busAddress, Received received, Received spotReceived = {});
     ~LineReceiver();
     LineReceiver(const LineReceiver&) = delete;
     LineReceiver& operator=(const LineReceiver&) = delete;
@@ -39,11 +40,14 @@ public:
 
 private:
     void connect();
+    void listen(const char* notification, sd_bus_message_handler_t arrived);
     void work();
     static int lineArrived(sd_bus_message* signal, void* userdata, sd_bus_error*);
+    static int spotArrived(sd_bus_message* signal, void* userdata, sd_bus_error*);
 
     const std::string busAddress_;
     const Received received_;
+    const Received spotReceived_;
     std::unique_ptr<sd_bus, BusRelease> bus_;
     WakeUp ended_;
     std::thread thread_;

@@ -14,6 +14,8 @@ namespace
 
 constexpr int patienceMilliseconds = 20'000;
 constexpr auto screenSize = "1280x1024x24";
+// Of the screen's contents that are looked at: a prime, so that no column is left out.
+constexpr qint64 wordsApart = 509;
 
 void write(const QString& path, const QByteArray& text)
 {
@@ -110,12 +112,26 @@ void PrivateDesktop::writeSettings(int port) const
               "\ncallsign=N0CALL\npassword=\nreconnect=true\n");
 }
 
+void PrivateDesktop::keepPicture(const QString& picture) const
+{
+    write(picture, QByteArray(reinterpret_cast<const char*>(screen_), static_cast<qsizetype>(screenBytes_)));
+}
+
+qint64 PrivateDesktop::litPixels() const
+{
+    constexpr qint64 pixelsInWord = 2;
+    constexpr quint64 colours = 0x00ff'ffff'00ff'ffff;
+    qint64 lit = 0;
+    for (qint64 i = 0; i < screenWords(); i += wordsApart)
+        lit += (word(i) & colours) != 0 ? wordsApart * pixelsInWord : 0;
+    return lit;
+}
+
 quint64 PrivateDesktop::screenSum() const
 {
-    constexpr qint64 wordsApart = 509; // a prime, so that no column of the screen is left out
     quint64 sum = 0;
-    for (qint64 i = 0; i < screenBytes_ / qint64{sizeof(quint64)}; i += wordsApart)
-        sum += static_cast<const volatile quint64*>(screen_)[i];
+    for (qint64 i = 0; i < screenWords(); i += wordsApart)
+        sum += word(i);
     return sum;
 }
 

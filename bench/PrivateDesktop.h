@@ -31,11 +31,22 @@ public:
     [[nodiscard]] QProcessEnvironment environment() const;
     /// Writes the settings of a user who connects to `port` of this machine at the start.
     void writeSettings(int port) const;
+    /// The home directory.
+    [[nodiscard]] QString home() const { return directory_.path(); }
+    /// Writes what the screen shows to `path`, as an X window dump.
+    void keepPicture(const QString& path) const;
+    /// About how many pixels of the screen are not black, as all are at first.
+    [[nodiscard]] qint64 litPixels() const;
     /// A rough sum of what the screen shows; it changes when something is painted.
     [[nodiscard]] quint64 screenSum() const;
 
 private:
     [[nodiscard]] QString path(const char* name) const;
+    [[nodiscard]] qint64 screenWords() const { return screenBytes_ / qint64{sizeof(quint64)}; }
+    [[nodiscard]] quint64 word(qint64 index) const
+    {
+        return static_cast<const volatile quint64*>(screen_)[index];
+    }
 
     QTemporaryDir directory_;
     QProcess bus_;

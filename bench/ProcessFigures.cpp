@@ -55,6 +55,14 @@ qint64 numberBehind(const QByteArray& key, const QByteArray& status)
     return 0;
 }
 
+ThreadWakeUps switchesOf(qint64 process, const QByteArray& key)
+{
+    ThreadWakeUps switches;
+    for (const QString& thread : threadFoldersOf(process))
+        switches[thread] = numberBehind(key, contents(thread + QStringLiteral("/status")));
+    return switches;
+}
+
 } // namespace
 
 CpuFigures cpuOf(qint64 process)
@@ -92,8 +100,25 @@ double cpuSecondsOf(qint64 process)
 
 MemoryFigures memoryOf(qint64 process)
 {
-    return {numberBehind("VmHWM", contents(folderOf(process) + QStringLiteral("/status"))),
-            numberBehind("Pss", contents(folderOf(process) + QStringLiteral("/smaps_rollup")))};
+    const QByteArray now = contents(folderOf(process) + QStringLiteral("/smaps_rollup"));
+    MemoryFigures figures;
+    figures.peak = numberBehind("VmHWM", contents(folderOf(process) + QStringLiteral("/status")));
+    figures.proportional = numberBehind("Pss", now);
+    figures.anonymous = numberBehind("Anonymous", now);
+    figures.unshared = numberBehind("Private_Clean", now) + numberBehind("Private_Dirty", now);
+    figures.resident = numberBehind("Rss", now);
+    return figures;
+}
+
+qint64 descriptorsOf(qint64 process)
+{
+    const QDir open(folderOf(process) + QStringLiteral("/fd"));
+    return open.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
+
+qint64 threadsOf(qint64 process)
+{
+    return threadFoldersOf(process).size();
 }
 
 qint64 residentOf(qint64 process)
@@ -103,11 +128,12 @@ qint64 residentOf(qint64 process)
 
 ThreadWakeUps wakeUpsOf(qint64 process)
 {
-    ThreadWakeUps wakeUps;
-    for (const QString& thread : threadFoldersOf(process))
-        wakeUps[thread] =
-            numberBehind("voluntary_ctxt_switches", contents(thread + QStringLiteral("/status")));
-    return wakeUps;
+    return switchesOf(process, "voluntary_ctxt_switches");
+}
+
+ThreadWakeUps preemptionsOf(qint64 process)
+{
+    return switchesOf(process, "nonvoluntary_ctxt_switches");
 }
 
 qint64 operator-(const ThreadWakeUps& later, const ThreadWakeUps& earlier)
@@ -118,6 +144,21 @@ qint64 operator-(const ThreadWakeUps& later, const ThreadWakeUps& earlier)
         count += before == earlier.end() ? wakeUps : wakeUps - before->second;
     }
     return count;
+}
+
+std::vector<qint64> familyOf(qint64 process)
+{
+    std::vector<qint64> family{process};
+    for (std::size_t i = 0; i < family.size(); ++i) {
+        for (const QString& thread : threadFoldersOf(family[i])) {
+            const QByteArray children = contents(thread + QStringLiteral("/children")).simplified();
+            for (const QByteArray& child : children.split(' ')) {
+                if (!child.isEmpty())
+                    family.push_back(child.toLongLong());
+            }
+        }
+    }
+    return family;
 }
 
 } // namespace spotwell::bench

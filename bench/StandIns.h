@@ -83,6 +83,7 @@ public:
     void setReconnect(bool) override {}
     void setConnected(bool) override {}
     void appendText(const QString&) override {}
+    void postText(const QString&) override {}
     void threadCheckWarning() const override {}
     [[nodiscard]] SerialQueue& bufferQueue() override { return queue_; }
     void takeSpotLine(const QString&, const QString&) override { ++spots; }

@@ -80,7 +80,7 @@ void deliverLine(benchmark::State& state)
     NoNotificationCenter center;
     NoScriptRunner scripts;
     NoMainQueue mainQueue;
-    LineDelivery delivery(presence, center, scripts, mainQueue, log, {});
+    LineDelivery delivery(presence, center, scripts, log, {[](bool) {}, [](const QString&) {}});
     const QString line = nodeLines(NodeText::spots).constFirst();
     const QString node = QStringLiteral("dxc.example.org");
     const Stopwatch watch;

@@ -124,8 +124,10 @@ int main()
     const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
         ::listen(listener, 128) != 0 ||
-        ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0)
+        ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+        ::close(listener);
         return 1;
+    }
     std::printf("listening on 127.0.0.1:%u\nreceiving spots\n",
                 static_cast<unsigned>(ntohs(address.sin_port)));
     std::fflush(stdout);

@@ -138,7 +138,7 @@ RunFigures runSpotwell(const RunSettings& settings)
         const ThreadWakeUps wakeUpsBefore = wakeUpsOf(spotwell.processId());
         figures.sent = linesSent(simulator, expected);
         // What is still on its way when the node has sent its last line.
-        const auto deadline = SteadyClock::now() + 10s;
+        const auto deadline = SteadyClock::now() + std::chrono::seconds{10};
         while (receiver.received() < static_cast<std::uint64_t>(expected) && SteadyClock::now() < deadline)
             QThread::msleep(1);
         QThread::msleep(200); // and on the screen

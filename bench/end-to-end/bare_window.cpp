@@ -1,6 +1,7 @@
 // The floor of showing lines: a window with one text widget that inserts, trims and paints each line by
 // itself and does nothing else. Prints the CPU seconds a line took, and stays until it is told to end.
 //   spotwell-bench-bare-window LINES_PER_SECOND SECONDS
+// Without arguments it is the floor of a window at all: empty, with one text widget.
 
 #include <QApplication>
 #include <QFontDatabase>
@@ -9,6 +10,8 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTimer>
+#include <QVBoxLayout>
+#include <QWidget>
 
 #include <cstdio>
 #include <ctime>
@@ -25,11 +28,24 @@ double cpuSeconds()
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
+int showEmptyWindow()
+{
+    QWidget window;
+    window.setWindowTitle(QStringLiteral("bare window"));
+    auto* const layout = new QVBoxLayout(&window);
+    layout->addWidget(new QPlainTextEdit);
+    window.resize(962, 620); // as large as spotwell's
+    window.show();
+    return QApplication::exec();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     const QApplication application(argc, argv);
+    if (argc == 1)
+        return showEmptyWindow();
     if (argc != 3)
         return 2;
     const int rate = std::max(1, std::atoi(argv[1]));
