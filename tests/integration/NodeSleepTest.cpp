@@ -18,7 +18,8 @@ protected:
         openConnected();
         logIn();
         passSpot();
-        program->stop();
+        clock.stopAtWait();
+        ASSERT_TRUE(program->waitUntilStopped());
     }
     void wakeUp()
     {

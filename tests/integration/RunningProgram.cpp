@@ -76,7 +76,12 @@ QByteArray RunningProgram::standardError()
 void RunningProgram::stop() const
 {
     signal(SIGSTOP);
-    (void)waitUntil([this] { return status("State:").startsWith('T'); });
+    (void)waitUntilStopped();
+}
+
+bool RunningProgram::waitUntilStopped() const
+{
+    return waitUntil([this] { return status("State:").startsWith('T'); });
 }
 
 qint64 RunningProgram::residentKiB() const

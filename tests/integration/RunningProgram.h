@@ -48,6 +48,8 @@ public:
     QByteArray standardError();
     /// Lets it hang: this returns when nothing of it runs any more. signal(SIGCONT) lets it go on.
     void stop() const;
+    /// Waits until it is stopped; false when it goes on.
+    [[nodiscard]] bool waitUntilStopped() const;
     /// The memory it has in use, in KiB.
     [[nodiscard]] qint64 residentKiB() const;
 

@@ -50,6 +50,11 @@ void SteppedClock::step(std::chrono::nanoseconds by)
     page_->nanoseconds += by.count();
 }
 
+void SteppedClock::stopAtWait()
+{
+    page_->stopsAtWait = true;
+}
+
 bool SteppedClock::ticks(std::uint64_t seconds) const
 {
     const std::uint64_t wanted = page_->returns + seconds;

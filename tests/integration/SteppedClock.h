@@ -36,6 +36,9 @@ public:
     /// Waits until the program's main thread, otherwise quiet, has read the clock in this many more seconds:
     /// with "reconnect" on, the supervision does so in each.
     [[nodiscard]] bool ticks(std::uint64_t seconds = 2) const;
+    /// Lets the program stop, as if by SIGSTOP, when its main thread waits for something to happen the next
+    /// time. So what comes while it is stopped is there for it before any timer.
+    void stopAtWait();
 
 private:
     const QString path_;

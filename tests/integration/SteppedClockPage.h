@@ -12,6 +12,8 @@ struct SteppedClockPage {
     std::atomic<std::int64_t> nanoseconds;
     /// How often its main thread has come back to the wall clock after at least half a second without.
     std::atomic<std::uint64_t> returns;
+    /// That it stops when its main thread waits the next time. False again once it does.
+    std::atomic<bool> stopsAtWait;
 };
 
 } // namespace spotwell

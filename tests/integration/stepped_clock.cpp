@@ -1,11 +1,15 @@
 // A wall clock that moves only when a test steps it, for the program to be started with. The file named by
 // STEPPED_CLOCK says what it says. The monotonic clock goes on as it is, as it does when a real clock is set.
+// The program can also be stopped where its event loop waits.
 
 #include "tests/integration/SteppedClockPage.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
@@ -97,4 +101,12 @@ extern "C" time_t time(time_t* time) noexcept
 extern "C" int timespec_get(timespec* time, int base) noexcept
 {
     return base == TIME_UTC && read(CLOCK_REALTIME, time) == 0 ? base : 0;
+}
+
+extern "C" int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout, const sigset_t* signals)
+{
+    static const auto real = reinterpret_cast<decltype(&::ppoll)>(::dlsym(RTLD_NEXT, "ppoll"));
+    if (::getpid() == ::gettid() && page() != nullptr && page()->stopsAtWait.exchange(false))
+        ::raise(SIGSTOP);
+    return real(descriptors, count, timeout, signals);
 }
