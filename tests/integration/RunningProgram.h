@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/fakes/Sanitizers.h"
 #include "tests/integration/Home.h"
 
 #include <QProcess>
@@ -10,15 +11,6 @@
 
 namespace spotwell
 {
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-/// Sanitizers make the program several times slower, and at its end they still look for leaks.
-inline constexpr int slowness = 8;
-inline constexpr bool sanitized = true;
-#else
-inline constexpr int slowness = 1;
-inline constexpr bool sanitized = false;
-#endif
 
 /// The test's own environment, with what leads a program with a window to this home and this bus, and with
 /// `variables`, "NAME=VALUE".
