@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/auxv.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
@@ -74,6 +75,16 @@ int read(clockid_t clock, timespec* time)
     return 0;
 }
 
+/// Whether a call comes from the program's own code and not from its event loop, which is the toolkit's.
+bool isFromTheProgram(const void* caller)
+{
+    Dl_info library{};
+    Dl_info program{};
+    return ::dladdr(caller, &library) != 0 &&
+           ::dladdr(reinterpret_cast<const void*>(::getauxval(AT_ENTRY)), &program) != 0 &&
+           library.dli_fbase == program.dli_fbase;
+}
+
 } // namespace
 
 extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept
@@ -106,7 +117,9 @@ extern "C" int timespec_get(timespec* time, int base) noexcept
 extern "C" int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout, const sigset_t* signals)
 {
     static const auto real = reinterpret_cast<decltype(&::ppoll)>(::dlsym(RTLD_NEXT, "ppoll"));
-    if (::getpid() == ::gettid() && page() != nullptr && page()->stopsAtWait.exchange(false))
+    // Not where a timer's task waits for the bus: the other timers' would run before what came meanwhile.
+    if (::getpid() == ::gettid() && page() != nullptr && page()->stopsAtWait &&
+        !isFromTheProgram(__builtin_return_address(0)) && page()->stopsAtWait.exchange(false))
         ::raise(SIGSTOP);
     return real(descriptors, count, timeout, signals);
 }
