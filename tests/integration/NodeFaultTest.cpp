@@ -29,6 +29,8 @@ protected:
     void come(Stage stage)
     {
         openConnected();
+        // The program knows of the connection, too.
+        ASSERT_TRUE(logs(QStringLiteral("NSStreamEventHasSpaceAvailable")));
         if (stage == Stage::greeted) {
             say("Welcome\r\n");
             see({QStringLiteral("teln Welcome")});
@@ -36,7 +38,9 @@ protected:
             logIn();
             passSpot();
         } else if (stage == Stage::asked) {
-            // The end follows at once: the answer is due a second later.
+            // The end is there with the question: the answer is due a second later.
+            clock.stopAtWait();
+            ASSERT_TRUE(program->waitUntilStopped());
             say("login: ");
         }
     }
@@ -46,6 +50,7 @@ protected:
             node.reset();
         else
             node.shutdownWrite();
+        program->signal(SIGCONT);
     }
 };
 
