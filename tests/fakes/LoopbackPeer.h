@@ -21,7 +21,7 @@ namespace spotwell
 class LoopbackPeer
 {
 public:
-    LoopbackPeer() { listen(0); }
+    LoopbackPeer() { listen(); }
     /// Takes a socket that listens already.
     explicit LoopbackPeer(int listener) : listener_(listener)
     {
@@ -31,6 +31,8 @@ public:
     {
         close();
         stopListening();
+        if (holder_ >= 0)
+            ::close(holder_);
     }
     LoopbackPeer(const LoopbackPeer&) = delete;
     LoopbackPeer& operator=(const LoopbackPeer&) = delete;
@@ -45,7 +47,7 @@ public:
     void listenAgain()
     {
         stopListening();
-        listen(port_);
+        listen();
     }
     /// Is ready for another peer: has none, and has heard nothing.
     void forget()
@@ -108,22 +110,32 @@ public:
     }
 
 private:
-    void listen(std::uint16_t port)
+    void listen()
     {
-        listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+        // Nobody else on the machine gets the port while nobody listens.
+        if (holder_ < 0)
+            holder_ = bound();
+        listener_ = bound();
+        (void)::listen(listener_, 8);
+    }
+    /// A socket at the port; at a free one where there is none yet.
+    int bound()
+    {
+        const int bound = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         const int reuse = 1;
-        (void)::setsockopt(listener_, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+        (void)::setsockopt(bound, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
         sockaddr_in address{};
         address.sin_family = AF_INET;
-        address.sin_port = htons(port);
+        address.sin_port = htons(port_);
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t length = sizeof address;
-        (void)::bind(listener_, reinterpret_cast<const sockaddr*>(&address), length);
-        (void)::listen(listener_, 8);
-        (void)::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
+        (void)::bind(bound, reinterpret_cast<const sockaddr*>(&address), length);
+        (void)::getsockname(bound, reinterpret_cast<sockaddr*>(&address), &length);
         port_ = ntohs(address.sin_port);
+        return bound;
     }
 
+    int holder_ = -1;
     int listener_ = -1;
     int peer_ = -1;
     std::uint16_t port_ = 0;
