@@ -182,6 +182,7 @@ TEST_F(OverlappingTest, forwardsEachSpotOnce)
         for (std::size_t number = 0; number < 3; ++number)
             EXPECT_GE(requests[number].time - started, (number + 1) * 1s) << address;
     }
+    ASSERT_TRUE(asked(wsprnetAddress));
     EXPECT_EQ(services.requests(wsprnetAddress).size(), 1U);
 
     gate.open();

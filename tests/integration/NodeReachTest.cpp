@@ -130,6 +130,7 @@ TEST_F(NodeReachTest, aNameServerThatSaysNothingIsGivenUpAfterHalfAMinute)
     setAddresses({QStringLiteral("127.0.0.1")});
     ASSERT_TRUE(node.accept());
     passSpot();
+    EXPECT_TRUE(staysQuiet());
     EXPECT_FALSE(node.acceptNow());
     endInOrder();
 }
