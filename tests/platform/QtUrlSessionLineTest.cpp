@@ -1,3 +1,4 @@
+#include "tests/fakes/Sanitizers.h"
 #include "tests/fakes/WaitUntil.h"
 #include "tests/platform/UrlSessionTesting.h"
 
@@ -123,12 +124,14 @@ TEST(QtUrlSessionLine, StartsNoMoreThanItsLimitAtOnceAndKeepsTheOrder)
 TEST(QtUrlSessionLine, TimesNoTaskOutWhileItWaits)
 {
     // Two rounds of six, each of which takes more than half the time that a transfer may take.
+    constexpr int answerMilliseconds = sanitized ? 3000 : 1000;
+    constexpr Seconds limit{sanitized ? 5.4 : 1.8};
     LoopbackHttpServer server([](Connection& connection, const std::string&) {
-        connection.waitForClose(1000);
+        connection.waitForClose(answerMilliseconds);
         connection.answer("200 OK", "body");
     });
     Results results;
-    QtUrlSession session({{}, Seconds{1.8}, Seconds{1.8}}, u"test"_s);
+    QtUrlSession session({{}, limit, limit}, u"test"_s);
     for (int i = 0; i < 12; ++i)
         session.dataTask(server.url(), results.handler());
     for (const UrlResult& result : results.wait(12))
@@ -294,21 +297,27 @@ TEST(QtUrlSessionLine, TakesANewClientBehindATransferThatFailed)
     EXPECT_EQ(first.size(), 1U);
     EXPECT_EQ(clientAfter(u"/two"_s), first);
     EXPECT_EQ(clientAfter(u"/broken"_s), first);
-    const std::set<std::string> second = clientAfter(u"/three"_s);
-    EXPECT_EQ(second.size(), 1U);
+    std::set<std::string> second = clientAfter(u"/three"_s);
+    // The first one's thread may take a moment more to be gone.
+    EXPECT_TRUE(waitUntil([&] { return (second = threadsNamed("QNetworkAccessM")).size() == 1; }));
     EXPECT_NE(second, first);
     EXPECT_EQ(clientAfter(u"/four"_s), second);
 }
 
 TEST(QtUrlSessionLine, DropsInTheEndWhatIsInLine)
 {
-    LoopbackHttpServer server(answerWithThePath);
+    LoopbackHttpServer server([](Connection& connection, const std::string& head) {
+        if (pathOf(head) == "/first")
+            answerWithThePath(connection, head);
+        else
+            connection.waitForClose();
+    });
     Results results;
     HoldingHandler holding(results);
     std::atomic<int> handled = 0;
     auto session = std::make_unique<QtUrlSession>(
         patient(), u"test"_s, UrlSessionLimits{.start = 100, .held = 10000, .answer = 100});
-    session->dataTask(server.url(), holding.handler());
+    session->dataTask(server.url(u"/first"_s), holding.handler());
     ASSERT_TRUE(holding.waitUntilItHolds());
     const auto counter = std::make_shared<int>();
     for (int i = 0; i < 10; ++i)
@@ -316,7 +325,7 @@ TEST(QtUrlSessionLine, DropsInTheEndWhatIsInLine)
     holding.end();
     session.reset();
     EXPECT_EQ(counter.use_count(), 1);
-    EXPECT_LT(handled, 10);
+    EXPECT_EQ(handled, 0);
 }
 
 } // namespace

@@ -297,7 +297,7 @@ TEST(QtUrlSession, EndsADrippingTransferAfterTheResourceTimeoutOnly)
         drip(connection);
     });
     const auto start = SteadyClock::now();
-    expectError(get(server.url(), {{}, Seconds{1.5}, Seconds{3}}),
+    expectError(get(server.url(), {{}, Seconds{2.5}, Seconds{3}}),
                 u"The transfer did not end within 3 seconds."_s);
     EXPECT_GE(SteadyClock::now() - start, 2990ms);
 }
