@@ -129,13 +129,14 @@ TEST(WorkerPool, AQueueThatIsHeldHoldsNoOther)
 TEST(WorkerPool, WorkThatGoesFromQueueToQueueStaysOnItsThread)
 {
     const auto pool = aPool();
-    PooledSerialQueue first(pool, QStringLiteral("first"));
-    PooledSerialQueue second(pool, QStringLiteral("second"));
     for (int i = 0; i < 100; ++i) {
         std::thread::id firstThread;
         std::thread::id secondThread;
         bool insideFirst = false;
         std::atomic<bool> done = false;
+        // New ones each time: a task that is done may still be on its thread for a moment.
+        PooledSerialQueue first(pool, QStringLiteral("first"));
+        PooledSerialQueue second(pool, QStringLiteral("second"));
         first.async([&] {
             insideFirst = true;
             firstThread = std::this_thread::get_id();
