@@ -80,7 +80,8 @@ TEST_F(HungApplicationsTest, LeaveASecondCallerTheTimeToHearTheBus)
     BusPeer healthy(bus);
     show(healthy, logwrightName + u"2"_s, u"Healthy"_s, u"2"_s);
     hung.stop();
-    makeApplications(2000ms);
+    // A fifth of it has to be enough for the bus on a busy machine.
+    makeApplications(5000ms);
     QStringList seenByOther;
     std::thread other([&] { seenByOther = names(); });
     EXPECT_EQ(names(), QStringList{u"Healthy"_s});
@@ -96,12 +97,14 @@ TEST_F(HungApplicationsTest, AreAskedAnewWhenTheQuestionIsTooOld)
     hung.stop();
     makeApplications(50ms, {.answer = 100ms});
     // Long enough for several questions to grow too old.
-    const auto end = std::chrono::steady_clock::now() + 500ms;
-    EXPECT_TRUE(waitUntil([&] { return names().isEmpty() && std::chrono::steady_clock::now() >= end; }));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(
+        waitUntil([&] { return names().isEmpty() && std::chrono::steady_clock::now() - start >= 500ms; }));
     hung.resume();
     EXPECT_TRUE(becomes({u"Hung"_s}));
+    const auto most = 1 + (std::chrono::steady_clock::now() - start) / 100ms;
     EXPECT_GE(hung.count(u"GetAll"_s), 2);
-    EXPECT_LE(hung.count(u"GetAll"_s), 8);
+    EXPECT_LE(hung.count(u"GetAll"_s), most);
     EXPECT_EQ(log.lines().size(), 1);
 }
 
@@ -123,13 +126,13 @@ TEST_F(HungApplicationsTest, AnErrorIsToldOnceAndAskedAgainLater)
     BusPeer logger(bus);
     show(logger, logwrightName, u"Logwright"_s, u"1"_s);
     logger.command({u"fail"_s, u"com.example.Error"_s, QString(600, u'n')});
-    makeApplications(generous, {.afterError = 300ms});
+    makeApplications(generous, {.afterError = 2000ms});
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(names(), QStringList{});
     EXPECT_EQ(names(), QStringList{});
     logger.command({u"fail"_s, QString(), QString()});
     EXPECT_TRUE(becomes({u"Logwright"_s}));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 300ms);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 2000ms);
     EXPECT_EQ(logger.count(u"GetAll"_s), 2);
     EXPECT_EQ(log.lines(), QStringList{u"runningApplications: %1 cannot be read: "_s.arg(logwrightName) +
                                        QString(300, u'n')});
@@ -139,16 +142,16 @@ TEST_F(HungApplicationsTest, ABusThatHangsIsWaitedForOnceInAWhile)
 {
     BusPeer logger(bus);
     show(logger, logwrightName, u"Logwright"_s, u"1"_s);
-    makeApplications(250ms, {.silence = 0ms, .afterSilence = 50s});
+    makeApplications(2000ms, {.silence = 0ms, .afterSilence = 50s});
     EXPECT_TRUE(becomes({u"Logwright"_s}));
     bus.stop();
     const auto first = timeOfCall();
-    EXPECT_GE(first, 250ms);
-    EXPECT_LT(first, 250ms + slack);
+    EXPECT_GE(first, 2000ms);
+    EXPECT_LT(first, 2000ms + slack);
     const auto start = std::chrono::steady_clock::now();
     for (int call = 0; call < 20; ++call)
         EXPECT_EQ(names(), QStringList{});
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 4s); // each waiting: 5 s
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 4s); // each waiting: 40 s
     bus.resume();
     // Its late answer is enough: nobody sits out the fifty seconds.
     EXPECT_TRUE(becomes({u"Logwright"_s}));
@@ -161,16 +164,18 @@ TEST_F(HungApplicationsTest, ABusThatHesitatesIsWaitedForSeveralTimes)
 {
     BusPeer logger(bus);
     show(logger, logwrightName, u"Logwright"_s, u"1"_s);
-    makeApplications(250ms, {.silence = 600ms, .afterSilence = 20s});
+    makeApplications(1000ms, {.silence = 2500ms, .afterSilence = 20s});
     EXPECT_TRUE(becomes({u"Logwright"_s}));
     bus.stop();
     const auto start = std::chrono::steady_clock::now();
-    // Whoever waits when the 600 ms are over is the last to.
-    while (std::chrono::steady_clock::now() - start < 600ms)
-        EXPECT_GE(timeOfCall(), 250ms);
+    for (int call = 0; call < 2; ++call)
+        EXPECT_GE(timeOfCall(), 1000ms);
+    // Whoever waits when the 2.5 s are over is the last to.
+    while (std::chrono::steady_clock::now() - start < 2500ms)
+        timeOfCall();
     for (int call = 0; call < 20; ++call)
         EXPECT_EQ(names(), QStringList{});
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 1000ms + slack); // each waiting: 5 s more
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 4000ms + slack); // each waiting: 20 s more
     bus.resume();
     EXPECT_TRUE(becomes({u"Logwright"_s}));
     EXPECT_EQ(log.lines(), QStringList{u"runningApplications: the session bus does not answer"_s});
