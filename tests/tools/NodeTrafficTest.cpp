@@ -176,7 +176,8 @@ TEST_F(NodeTest, stopsSendingToAClientThatLeft)
 
 TEST_F(NodeTest, reportsProgressEverySecond)
 {
-    plays("spots 60 at 50\n");
+    // Half a second before and behind the one report.
+    plays("spots 75 at 50\n");
     ScriptedClient& client = connects();
     EXPECT_TRUE(waitUntil([&] { return client.read(), client.ended(); }));
     const auto progress = events(u"progress"_qs);

@@ -41,6 +41,7 @@ TEST(LimitedLog, IsQuietWhenNothingWasLeftOut)
         EXPECT_EQ(log.lines().last(), text);
         const auto begin = Alarm::Clock::now();
         EXPECT_TRUE(waitUntil([begin] { return Alarm::Clock::now() - begin > 40ms; }));
+        QCoreApplication::processEvents();
     }
     EXPECT_EQ(log.lines().size(), 2);
     EXPECT_EQ(LimitedLog::Limits{}.lines, 20U);
