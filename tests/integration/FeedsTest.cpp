@@ -64,7 +64,7 @@ void FeedsTest::startWith(const SettingsTexts& settings, const QStringList& vari
     network.emplace(home.filePath(QStringLiteral("network")), hosts);
     started = std::chrono::steady_clock::now();
     program.emplace(home, bus.address(), variables, network->launcher() + launcher);
-    listeners = network->takeListeners();
+    listeners = network->takeListeners(!isRefused);
 }
 
 bool FeedsTest::isCalled() const
@@ -76,13 +76,6 @@ bool FeedsTest::isCalled() const
 void FeedsTest::serve(const QByteArray& certificate)
 {
     services.start({::dup(listeners->http), ::dup(listeners->https), listeners->node}, certificate);
-}
-
-void FeedsTest::refuse()
-{
-    // A socket that listens stops to do so, and can begin again.
-    for (const int listener : {listeners->http, listeners->https})
-        ::shutdown(listener, SHUT_RDWR);
 }
 
 LoopbackHttpServer::Handler FeedsTest::held(LoopbackHttpServer::Handler answer)

@@ -39,8 +39,6 @@ protected:
     [[nodiscard]] bool isCalled() const;
     /// Begins to serve, or serves anew.
     void serve(const QByteArray& certificate = potaCertificate);
-    /// Nobody listens until somebody serves.
-    void refuse();
 
     /// This answer, but not before the gate is open.
     LoopbackHttpServer::Handler held(LoopbackHttpServer::Handler answer);
@@ -58,6 +56,8 @@ protected:
     /// The program's, while it runs.
     std::optional<PrivateNetwork> network;
     std::optional<PrivateNetwork::Listeners> listeners;
+    /// Whether nobody listens for web services when the program starts, until somebody serves.
+    bool isRefused = false;
     /// Opened by the test; in the end it is open anyway.
     Gate gate;
     FeedServices services;

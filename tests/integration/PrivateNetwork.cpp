@@ -88,7 +88,7 @@ QStringList PrivateNetwork::launcher() const
     return {QStringLiteral(PRIVATE_NETWORK), directory_};
 }
 
-PrivateNetwork::Listeners PrivateNetwork::takeListeners() const
+PrivateNetwork::Listeners PrivateNetwork::takeListeners(bool served) const
 {
     const int connection =
         hasSomething(receiver_) ? ::accept4(receiver_, nullptr, nullptr, SOCK_CLOEXEC) : -1;
@@ -103,11 +103,16 @@ PrivateNetwork::Listeners PrivateNetwork::takeListeners() const
     message.msg_controllen = control.size();
     if (connection < 0 || ::recvmsg(connection, &message, MSG_CMSG_CLOEXEC) != 1)
         throw std::runtime_error("nobody comes to the private network");
-    ::close(connection);
     const cmsghdr* const rights = CMSG_FIRSTHDR(&message);
     if (rights == nullptr || rights->cmsg_len != CMSG_LEN(sizeof listeners))
         throw std::runtime_error("no listeners");
     std::memcpy(listeners.data(), CMSG_DATA(rights), sizeof listeners);
+    if (!served) {
+        // A socket that listens stops to do so, and can begin again.
+        for (const int listener : {listeners[0], listeners[1]})
+            ::shutdown(listener, SHUT_RDWR);
+    }
+    ::close(connection);
     return {listeners[0], listeners[1], listeners[2]};
 }
 

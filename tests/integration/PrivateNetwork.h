@@ -38,8 +38,9 @@ public:
     void know(const QStringList& hosts) const;
     /// What has to stand before the command that is to be on this network; for one command.
     [[nodiscard]] QStringList launcher() const;
-    /// Waits for the command; throws when it does not come.
-    [[nodiscard]] Listeners takeListeners() const;
+    /// Waits for the command, which begins when this returns; throws when it does not come. Nobody listens
+    /// for web services then unless they are `served`.
+    [[nodiscard]] Listeners takeListeners(bool served = true) const;
 
 private:
     const QString directory_;

@@ -89,8 +89,6 @@ void WebFaultTest::startAll(const QStringList& hosts)
     SettingsTexts settings = feedSettings();
     settings.insert(settingsFor(PrivateNetwork::nodePort));
     startWith(settings, clock.variables(), hosts);
-    if (isRefused)
-        refuse();
     distantNode.emplace(::dup(listeners->node));
     ASSERT_TRUE(distantNode->accept());
     ASSERT_GT(distantNode->send("login: "), 0);

@@ -58,8 +58,6 @@ protected:
         });
     }
 
-    /// Whether nobody listens when the program starts.
-    bool isRefused = false;
     SteppedClock clock{home.filePath(QStringLiteral("clock"))};
     WindowPing ping;
     std::unique_ptr<BusPeer> logger;

@@ -113,6 +113,8 @@ void handOut(const std::array<int, 3>& listeners, const std::string& path)
     rights->cmsg_len = CMSG_LEN(sizeof listeners);
     std::memcpy(CMSG_DATA(rights), listeners.data(), sizeof listeners);
     require(::sendmsg(receiver, &message, 0) == 1, "sendmsg");
+    // Until the receiver is ready, and closes.
+    (void)::recv(receiver, &content, 1, 0);
     ::close(receiver);
 }
 
