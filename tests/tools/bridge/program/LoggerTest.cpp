@@ -95,11 +95,20 @@ TEST_F(LoggerTest, LeavesOutNotificationsOfAnotherShape)
     };
     const std::string name = "com.tarnbrooksoftware.spotwell_line";
     emitBadly({"s", name});
-    EXPECT_EQ(nextLine(), "spotwell-bridge: a notification of another shape was left out");
     emitBadly({"ssa{ss}", name, "string object", "1", "line", "x"});
     const UserInfo tooMany(1001, {u"key"_s, u"value"_s});
     center.post(u"com.tarnbrooksoftware.spotwell_line"_s, u"string object"_s, tooMany);
-    EXPECT_EQ(nextLine(), "spotwell-bridge: a notification of another shape was left out (2 more)");
+    // On a busy machine in more than one second.
+    static const QRegularExpression leftOut(
+        u"^spotwell-bridge: a notification of another shape was left out(?: \\((\\d+) more\\))?$"_s);
+    int told = 0;
+    while (told < 3) {
+        const QString line = QString::fromStdString(nextLine());
+        const auto match = leftOut.match(line);
+        ASSERT_TRUE(match.hasMatch()) << line.toStdString();
+        told += match.captured(1).isEmpty() ? 1 : match.captured(1).toInt();
+    }
+    EXPECT_EQ(told, 3);
     emitBadly({"ssa{sv}", name, "string object", "2", "line", "s", "x", "odd", "i", "5"});
     EXPECT_EQ(nextReport(), u"{\"notification\":\"com.tarnbrooksoftware.spotwell_line\",\"object\":\"string "
                             "object\",\"userInfo\":{\"line\":\"x\",\"odd\":null}}"_s);
