@@ -2,14 +2,34 @@
 
 #include "tests/fakes/WaitUntil.h"
 
+#include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <stdexcept>
 
 namespace spotwell
 {
+
+namespace
+{
+
+/// What a line of the status of a process or a thread says; empty without that line.
+QByteArray statusIn(const QString& directory, const char* name)
+{
+    QFile file(directory + QStringLiteral("/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith(name))
+            return line.mid(static_cast<qsizetype>(std::strlen(name))).trimmed();
+    }
+    return {};
+}
+
+} // namespace
 
 QProcessEnvironment programEnvironment(const Home& home, const std::string& busAddress,
                                        const QStringList& variables)
@@ -81,24 +101,23 @@ void RunningProgram::stop() const
 
 bool RunningProgram::waitUntilStopped() const
 {
-    return waitUntil([this] { return status("State:").startsWith('T'); });
+    // Each thread: one that waits for a processor may still be in the middle of a call.
+    return waitUntil([this] {
+        const QDir tasks(QStringLiteral("/proc/%1/task").arg(process_.processId()));
+        const QStringList threads = tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        return !threads.isEmpty() &&
+               std::all_of(threads.begin(), threads.end(), [&tasks](const QString& thread) {
+                   return statusIn(tasks.filePath(thread), "State:").startsWith('T');
+               });
+    });
 }
 
 qint64 RunningProgram::residentKiB() const
 {
-    return status("VmRSS:").split(' ').first().toLongLong();
-}
-
-QByteArray RunningProgram::status(const char* name) const
-{
-    QFile file(QStringLiteral("/proc/%1/status").arg(process_.processId()));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        if (line.startsWith(name))
-            return line.mid(static_cast<qsizetype>(std::strlen(name))).trimmed();
-    }
-    return {};
+    return statusIn(QStringLiteral("/proc/%1").arg(process_.processId()), "VmRSS:")
+        .split(' ')
+        .first()
+        .toLongLong();
 }
 
 } // namespace spotwell

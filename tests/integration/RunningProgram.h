@@ -46,9 +46,6 @@ public:
     [[nodiscard]] qint64 residentKiB() const;
 
 private:
-    /// What a line of /proc/PID/status says; empty without that line.
-    [[nodiscard]] QByteArray status(const char* name) const;
-
     QProcess process_;
     QByteArray standardError_;
 };

@@ -24,6 +24,7 @@ VirtualScreen::~VirtualScreen()
 {
     // Ended in order, it takes its lock file with it.
     server_->signal(SIGTERM);
+    server_->signal(SIGCONT);
     server_->wait();
 }
 
