@@ -134,7 +134,10 @@ TEST_F(ConfinementTest, allThatTheProgramDoesItCanDo)
     EXPECT_EQ(next(*logger, u"call"_s).value(2), u"processSpot"_s);
 
     // The log is shown by whoever shows files; without him nothing is, and that is all.
-    ASSERT_TRUE(waitUntil([this] { return user.windows().size() == 1; }));
+    ASSERT_TRUE(waitUntil([this] {
+        const auto windows = user.windows();
+        return windows.size() == 1 && user.activeWindow() == windows.first().id;
+    }));
     user.press(u"alt+b"_s);
     EXPECT_TRUE(
         waitUntil([this] { return home.log().contains("selectFile: no file manager shows the file"); }));

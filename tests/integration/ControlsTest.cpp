@@ -1,4 +1,5 @@
 #include "tests/integration/UserTest.h"
+#include "tests/integration/WindowPing.h"
 
 #include <QFile>
 
@@ -150,6 +151,8 @@ TEST_P(ControlsTest, eachDoesItsWorkAndSixOfTheBoxesSave)
     use("connected");
     EXPECT_TRUE(logs(QStringLiteral("connectedPressed:[1]")));
     ASSERT_TRUE(node.accept());
+    // Without that the node is left without a word.
+    ASSERT_TRUE(logs(QStringLiteral("NSStreamEventHasSpaceAvailable")));
     use("reconnectCheckBox");
     tryToUse("skimmersCheckBox");
     tryToUse("dxsExclusiveCheckBox");
@@ -196,7 +199,11 @@ TEST_P(ControlsTest, eachDoesItsWorkAndSixOfTheBoxesSave)
 INSTANTIATE_TEST_SUITE_P(Ways, ControlsTest, testing::Values(Way::mouse, Way::mnemonic, Way::tab),
                          testing::PrintToStringParamName());
 
-using DarkTest = UserTest;
+class DarkTest : public UserTest
+{
+protected:
+    WindowPing ping{screen.display()};
+};
 
 TEST_F(DarkTest, linesOnTheScreenFollowTheSwitchAndBack)
 {
@@ -205,6 +212,8 @@ TEST_F(DarkTest, linesOnTheScreenFollowTheSwitchAndBack)
         say(spotLine(number) + "\r\n");
     constexpr int lines = 11;
     ASSERT_TRUE(shows(lines));
+    // The answer comes over the screen behind what was painted, so that all of this is there.
+    ASSERT_TRUE(ping.answers());
     const ConsolePicture light = console();
     keepPicture(QStringLiteral("lines-light"));
     EXPECT_GT(luminance(light.background), 0.8);

@@ -97,6 +97,11 @@ protected:
         home.writeSettings(expected);
         return contentOf(home.settingsFile());
     }
+    /// Waits until the click that makes it so was taken; what it saves was tried before that is painted.
+    void expectDark(bool dark) const
+    {
+        EXPECT_TRUE(waitUntil([&] { return (luminance(console().background) < 0.5) == dark; })) << dark;
+    }
     void logIn()
     {
         ASSERT_TRUE(node.accept());
@@ -142,7 +147,9 @@ TEST_F(FullDiskTest, thatGetsFullCostsASaveAndEntriesUntilThereIsRoom)
     click(u"darkCheckBox"_s);
     ASSERT_TRUE(waitUntil([this] { return logged(QRegularExpression::escape(failedSave())).size() == 1; }));
     click(u"darkCheckBox"_s);
+    expectDark(false);
     click(u"darkCheckBox"_s);
+    expectDark(true);
     EXPECT_TRUE(ping.answers());
     EXPECT_EQ(settings(), oldFile);
     EXPECT_EQ(settingsFiles(), QStringList(u"spotwell.conf"_s)) << "nothing beside it";
@@ -176,6 +183,7 @@ TEST_F(FullDiskTest, thatIsFullAtTheStartLeavesTheOldSettingsAndAnEmptyLog)
     expectADelivery();
     EXPECT_EQ(log(), QByteArray());
     click(u"darkCheckBox"_s);
+    expectDark(true);
     EXPECT_TRUE(ping.answers());
     EXPECT_EQ(settings(), oldFile);
     end();
