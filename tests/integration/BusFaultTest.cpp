@@ -38,6 +38,11 @@ protected:
         return ping.answersWhile([&] { return countOfEntries(text) > 0; });
     }
     qsizetype countOf(const QString& part) const { return entries().filter(part).size(); }
+    /// Before it goes on: a bus that comes back slowly is a hung one again.
+    void expectOneWordOfTheHungBus() const
+    {
+        EXPECT_EQ(countOfEntries(QStringLiteral("runningApplications: the session bus does not answer")), 1);
+    }
 
     WindowPing ping;
     std::unique_ptr<BusPeer> logger;
@@ -96,10 +101,10 @@ TEST_F(BusFaultTest, aBusThatHangsBeforeTheStartHoldsTheWindowForAMomentOnly)
     ASSERT_TRUE(ping.answers());
     say(spotLine(1) + "\n");
     EXPECT_TRUE(logsSome(loggerIsNotRunning));
+    expectOneWordOfTheHungBus();
     bus.resume();
     logger = makeLogger(QStringLiteral("6.45"));
     EXPECT_TRUE(isDeliveredAgain());
-    EXPECT_EQ(countOfEntries(QStringLiteral("runningApplications: the session bus does not answer")), 1);
     EXPECT_TRUE(program->standardError().contains(
         "LinuxPlatform: the session bus does not answer; the window goes without it"));
 }
@@ -114,9 +119,9 @@ TEST_F(BusFaultTest, aBusThatHangsBeforeTheFirstLineIsWaitedForByNobodyAtTheWind
     say(spotLine(1) + "\n");
     EXPECT_TRUE(logsSome(loggerIsNotRunning));
     EXPECT_TRUE(ping.answers());
+    expectOneWordOfTheHungBus();
     bus.resume();
     EXPECT_TRUE(isDeliveredAgain());
-    EXPECT_EQ(countOfEntries(QStringLiteral("runningApplications: the session bus does not answer")), 1);
 }
 
 TEST_F(BusFaultTest, aBusThatHangsUnderLoadCostsTheLinesOfThatTime)
@@ -131,9 +136,9 @@ TEST_F(BusFaultTest, aBusThatHangsUnderLoadCostsTheLinesOfThatTime)
     const auto later = std::chrono::steady_clock::now() + 6s;
     EXPECT_TRUE(
         ping.answersWhile([&] { return lost() == lines && std::chrono::steady_clock::now() >= later; }));
+    expectOneWordOfTheHungBus();
     bus.resume();
     EXPECT_TRUE(isDeliveredAgain());
-    EXPECT_EQ(countOfEntries(QStringLiteral("runningApplications: the session bus does not answer")), 1);
     EXPECT_EQ(countOf(QStringLiteral("SessionBus: ")), 0);
 }
 

@@ -44,12 +44,15 @@ TEST_F(BusTroubleTest, worksWithoutABus)
 
 TEST_F(BusTroubleTest, usesABusThatComesBack)
 {
+    auto logger = makeLogger(QStringLiteral("6.45"));
     startConnected();
+    // It asks a logger who he is once the bus has accepted it.
+    ASSERT_FALSE(next(*logger, QStringLiteral("GetAll")).isEmpty());
     bus.kill();
     say(spotLine(1) + "\n");
     ASSERT_TRUE(logs(QStringLiteral("Logwright is not running")));
     bus.start();
-    const auto logger = makeLogger(QStringLiteral("6.45"));
+    logger = makeLogger(QStringLiteral("6.45"));
     int number = 1;
     ASSERT_TRUE(waitUntil([&] {
         say(spotLine(++number) + "\n");
