@@ -51,7 +51,7 @@ TEST_F(DisplayEndTest, endsInTimeWhenTheXServerHangs)
     const auto reads = [this](int line) {
         say(spotLine(line) + "\r\n");
         return waitUntil([&] { return countOfEntries(QStringLiteral("Logwright is not running")) >= line; },
-                         std::chrono::seconds{2});
+                         std::chrono::seconds{10});
     };
     int line = 1;
     while (line < 100 && reads(line))

@@ -151,8 +151,8 @@ TEST_F(LoginTest, worksTwiceAtOnce)
     const QString scenario = home.filePath(QStringLiteral("two.scenario"));
     QFile file(scenario);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    const QByteArray session = "session\nsend \"login: \"\nexpect \"N0CALL\\n\" after 0.9 within 5\n"
-                               "expect \"quit\\n\" within 60\nexpect close within 5\nend\n";
+    const QByteArray session = "session\nsend \"login: \"\nexpect \"N0CALL\\n\" after 0.9 within 60\n"
+                               "expect \"quit\\n\" within 60\nexpect close within 60\nend\n";
     file.write(session + session);
     file.close();
     RunningSimulator simulator({QStringLiteral("--once"), scenario});

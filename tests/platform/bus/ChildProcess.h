@@ -29,7 +29,7 @@ public:
 
     void writeLine(const std::string& line);
     /// The next line; absent at the end of the output and when none comes within `limit`.
-    std::optional<std::string> readLine(std::chrono::milliseconds limit = std::chrono::seconds{20});
+    std::optional<std::string> readLine(std::chrono::milliseconds limit = std::chrono::seconds{60});
     void signal(int number);
     [[nodiscard]] pid_t process() const { return pid_; }
     /// Waits for the child to end. Its exit code; negative when a signal ended it.
