@@ -24,6 +24,7 @@ protected:
     }
     void runOnce(const QStringList& variables = {})
     {
+        node.forget();
         startConnected(variables);
         say("login: ");
         ASSERT_TRUE(hears("N0CALL\n"));

@@ -160,7 +160,8 @@ void NodeFault::seeToggle(bool on)
 
 bool NodeFault::staysQuiet()
 {
-    return clock.ticks(2) && newEntries().isEmpty() && newLines().isEmpty();
+    // The main thread tells its lines when it is through with the second look.
+    return clock.ticks(2) && newLines().isEmpty() && newEntries().isEmpty();
 }
 
 QStringList NodeFault::newLines()
