@@ -164,7 +164,7 @@ TEST_F(NodeFault, aFloodEndsTheConnectionForGood)
         return user->console().count(QStringLiteral("teln ") + QLatin1String(line.chopped(2))) > 200;
     }));
     seeToggle(false);
-    EXPECT_FALSE(user->isOn(reconnectName));
+    EXPECT_EQ(user->isOn(reconnectName), false);
 
     // Nobody comes back, however long it takes, until the user says so.
     clock.step(24h);

@@ -125,7 +125,7 @@ TEST_F(NodeReachTest, aNameServerThatSaysNothingIsGivenUpAfterHalfAMinute)
     read(gaveUp);
     clock.step(30s);
     seeReconnection();
-    EXPECT_TRUE(user->isOn(toggleName));
+    EXPECT_EQ(user->isOn(toggleName), true);
     // Of the two that ask, one is not waited for any more.
     setAddresses({QStringLiteral("127.0.0.1")});
     ASSERT_TRUE(node.accept());
@@ -156,7 +156,7 @@ TEST_F(NodeReachTest, aBlackHoleIsGivenUpAfterHalfAMinute)
     ASSERT_TRUE(hole->works());
     open();
     EXPECT_TRUE(staysQuiet());
-    EXPECT_TRUE(user->isOn(toggleName));
+    EXPECT_EQ(user->isOn(toggleName), true);
     clock.step(31s);
     seeClosed(waitedForData);
     read(gaveUp);

@@ -161,13 +161,15 @@ QStringList ScreenReader::console()
     return text(QStringLiteral("Console")).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
-bool ScreenReader::isOn(const QString& control)
+std::optional<bool> ScreenReader::isOn(const QString& control)
 {
     const std::string path = find(control);
     const Message reply = path.empty() ? nullptr : call(path, accessible, "GetState");
     std::uint32_t states = 0;
-    return reply && sd_bus_message_enter_container(reply.get(), 'a', "u") > 0 &&
-           sd_bus_message_read(reply.get(), "u", &states) > 0 && (states >> checkedState & 1) != 0;
+    if (!reply || sd_bus_message_enter_container(reply.get(), 'a', "u") <= 0 ||
+        sd_bus_message_read(reply.get(), "u", &states) <= 0)
+        return std::nullopt;
+    return (states >> checkedState & 1) != 0;
 }
 
 bool ScreenReader::press(const QString& control)

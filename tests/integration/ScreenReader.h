@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -31,8 +32,8 @@ public:
 
     /// The console's lines, the oldest first; empty when the program does not answer.
     [[nodiscard]] QStringList console();
-    /// Whether a toggle or a box is on; false when the program does not answer.
-    [[nodiscard]] bool isOn(const QString& control);
+    /// Whether a toggle or a box is on; absent when the program does not answer.
+    [[nodiscard]] std::optional<bool> isOn(const QString& control);
     /// What a field of the window holds.
     [[nodiscard]] QString text(const QString& control);
     /// Presses a toggle or a box; false when that fails.
