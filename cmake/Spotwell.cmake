@@ -86,7 +86,7 @@ function(spotwell_test name)
       TEST_LIST ${name}_busy
       TEST_FILTER "${ARG_BUSY}"
       DISCOVERY_MODE PRE_TEST
-      PROPERTIES ${properties} PROCESSORS 3)
+      PROPERTIES ${properties} PROCESSORS 5)
     set(others TEST_FILTER "-${ARG_BUSY}")
   endif()
   gtest_discover_tests(${name}
