@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 #include "app/AppDelegate.h"
 #include "app/MainWindow.h"
 #include "platform/linux/LinuxPlatform.h"

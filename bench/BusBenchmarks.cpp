@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 #include "bench/Floor.h"
 #include "bench/LineReceiver.h"
 #include "bench/NodeLines.h"

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 the spotwell developers
+# SPDX-License-Identifier: MIT
+
 # Compiler settings shared by every target, and the two helpers the folders use.
 
 add_library(spotwell_options INTERFACE)

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // What spotwell-bridge may be told on the bus: notifications with values of any types, instead of them
 // anything else; and what it prints and hands on of them.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Cluster lines and spot notifications, read and formed again: a spot line keeps its columns and reads as
 // what it was formed of, a datagram fits its packet and is XML.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // What a telnet client sends to spotwell-bridge's node: bytes to lines, lines to answers, in any chunks.
 
 #include "fuzz/Check.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // What an application may say of itself on the bus: properties of any names and types, instead of them
 // anything else, and errors.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The road of a node's bytes to lines: decoded, stripped of carriage returns and bells, split at line feeds.
 
 #include "cluster/LineAssembly.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Every encoding and the detector, on any bytes. UTF-8 is compared with a second implementation.
 
 #include "fuzz/Check.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The answers of the Parks on the Air service, with both states of the option and at the program's end.
 
 #include "feeds/PotaFeed.h"

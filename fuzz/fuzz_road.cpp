@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The whole road of a cluster line: a node's bytes in reads of any size, decoded, cut into lines, shown,
 // passed on and answered, with the node gone, silent or back again in between.
 

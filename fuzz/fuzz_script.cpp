@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Scripts: what the program forms of a line is always understood, whatever the line; what is understood of
 // any other text is one command.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Any bytes as the settings file, and any texts as settings: a file is read within bounds, and what is saved
 // is read back.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The readers of times, on any text: what they accept must read the same when it is written again.
 
 #include "fuzz/Check.h"

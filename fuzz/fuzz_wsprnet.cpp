@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The pages of WSPRnet, also at the program's end.
 
 #include "feeds/WsprnetFeed.h"

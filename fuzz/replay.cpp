@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Runs a fuzz target over committed inputs, with whatever compiler: every file of the directories that are
 // named.
 

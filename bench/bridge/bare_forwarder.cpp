@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The floor of handing spots from the session bus to telnet clients: one sd-bus connection, a socket for each
 // client, and nothing between them. Keeps nothing, looks at nothing a client says but its callsign, and takes
 // it that all clients have logged in before the first spot. Says where it listens, as spotwell-bridge does.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Measures spotwell-bridge between a session bus and telnet clients, beside a program that does no more than
 // has to be done. Ends with 1 when a client misses a line.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 #include "bench/compare/Session.h"
 
 #include "bench/compare/MemoryText.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Measures spotwell beside the programs that a radio amateur would run instead, and beside the floor: a
 // window of the same toolkit with nothing in it. All get the same lines of the same node and take turns.
 

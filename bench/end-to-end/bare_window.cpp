@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The floor of showing lines: a window with one text widget that inserts, trims and paints each line by
 // itself and does nothing else. Prints the CPU seconds a line took, and stays until it is told to end.
 //   spotwell-bench-bare-window LINES_PER_SECOND SECONDS

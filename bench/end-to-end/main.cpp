@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Measures the shipped program between a node and a logger, on a session bus and a display of its own.
 
 #include "bench/end-to-end/Summary.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The shipped program for a long time: spot lines from a node and answers of the web services, a logger that
 // takes them, and what becomes of memory, of the delay and of the order. Exit code 1 when anything was lost
 // untold or misplaced, or when memory went on growing.

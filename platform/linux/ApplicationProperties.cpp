@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/ApplicationProperties.h"
 
 #include "platform/linux/BusParts.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/IcuTextConverter.h"
 
 #include "platform/linux/CharacterTables.h"
@@ -297,12 +300,11 @@ std::optional<IcuTextConverter::Conversion> IcuTextConverter::convertWithIcu(QBy
     ucnv_resetToUnicode(converter.get());
     ucnv_setToUCallBack(converter.get(), replaceInvalid, &conversion.exact, nullptr, nullptr, &status);
     const char* source = bytes.data();
-    const char* const sourceEnd = source + bytes.size();
     do {
         char16_t buffer[1024];
         char16_t* target = buffer;
         status = U_ZERO_ERROR;
-        ucnv_toUnicode(converter.get(), &target, std::end(buffer), &source, sourceEnd, nullptr, 1, &status);
+        ucnv_toUnicode(converter.get(), &target, std::end(buffer), &source, bytes.end(), nullptr, 1, &status);
         conversion.text.append(reinterpret_cast<const QChar*>(buffer), target - buffer);
     } while (status == U_BUFFER_OVERFLOW_ERROR);
     conversion.exact = conversion.exact && U_SUCCESS(status) != 0;

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The web module: what the program loads when it is to poll a web service.
 
 #include "platform/linux/QtUrlSession.h"

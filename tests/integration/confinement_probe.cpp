@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Tries what a program in its place should not be able to do, and says in a line each what came of it:
 //
 //   confinement_probe NAME [leave]      "NAME: what: result"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Preloaded, kills the program before the step of a save that the variable SPOTWELL_KILLED_AT numbers, from 1
 // on. A save begins where a file is opened to be written in a directory "tarnbrooksoftware" that is not the
 // log's; its steps are that call and all that do something to files from then on.

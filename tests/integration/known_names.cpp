@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // The names that a program started with this finds are those in the file named by KNOWN_NAMES, whatever it
 // says at the time: lines of an address and a name, as /etc/hosts has them, in the order in which they are to
 // be tried. The look-up of a name with "silent" for an address waits until that line has gone.

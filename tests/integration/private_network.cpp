@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Runs a command on a network of its own, where nothing is but loopback:
 //
 //   private_network                        says why the machine does not permit that, or nothing

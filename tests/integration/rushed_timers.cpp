@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Timers of the toolkit that fire sooner, and a wall clock that runs faster, for the program to be started
 // with: RUSHED_TIMERS="TIMERS WALL" says how many times. What waits for the bus, for a peer or between two
 // spots waits as long as ever.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // A wall clock that moves only when a test steps it, for the program to be started with. The file named by
 // STEPPED_CLOCK says what it says. The monotonic clock goes on as it is, as it does when a real clock is set.
 // The program can also be stopped where its event loop waits.

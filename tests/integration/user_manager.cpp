@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Runs what is installed as an ordinary user's service, under a service manager of that user's own: systemd.
 //
 //   user_manager                                   says why the machine does not permit that, or nothing

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // Says where a user finds the controls: a line "NAME X Y WIDTH HEIGHT" for the window itself and each control
 // in it, by its object name, and for each button of the quit question in that, by its text. Made and laid out
 // as the program does it, with the fonts of the same screen.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 #include "tests/fakes/LoopbackPeer.h"
 #include "tests/fakes/Printers.h"
 #include "tests/platform/SocketClient.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 #include "tools/spotwell-simulator/Cursor.h"
 #include "tools/spotwell-simulator/Inbox.h"
 #include "tools/spotwell-simulator/Pace.h"

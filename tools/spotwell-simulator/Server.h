@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 #include "tools/spotwell-simulator/Connection.h"

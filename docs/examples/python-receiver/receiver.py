@@ -1,4 +1,7 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 the spotwell developers
+# SPDX-License-Identifier: MIT
+
 """A logger's receiving side, whole, on the GIO that comes with PyGObject (Debian: python3-gi).
 
 It shows itself to spotwell, takes both notifications and the command processSpot, and prints each as a line of JSON.

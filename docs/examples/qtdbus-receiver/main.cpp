@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // A logger's receiving side, whole, on QtDBus: it shows itself to spotwell, takes both notifications and the
 // command processSpot, and prints each as a line of JSON.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 the spotwell developers
+// SPDX-License-Identifier: MIT
+
 // A peer on QtDBus. Commands come as lines on standard input, each answered by "ok"; what it sees goes to
 // standard output. Fields are percent-encoded and separated by tabs.
 //
