@@ -6,8 +6,6 @@
 #include "tests/tools/bridge/program/TelnetClient.h"
 
 #include <QFile>
-#include <QRegularExpression>
-#include <QSet>
 #include <QTemporaryDir>
 
 #include <csignal>
@@ -37,15 +35,6 @@ QString contentsOf(const QString& path)
     QFile file(path);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
     return QString::fromUtf8(file.readAll());
-}
-
-QSet<QString> longOptions(const QString& text)
-{
-    static const QRegularExpression option(u"(?<![\\w-])--[a-z][a-z0-9-]*"_s);
-    QSet<QString> options;
-    for (const QRegularExpressionMatch& match : option.globalMatch(text))
-        options.insert(match.captured());
-    return options;
 }
 
 class ServiceTest : public BridgeProcess
@@ -144,19 +133,6 @@ TEST_F(ServiceTest, WhatIsInstalledRuns)
     EXPECT_EQ(outputOf({"env", "XDG_RUNTIME_DIR=" + prefix, "systemd-analyze", "--user", "--man=no", "verify",
                         checked.fileName().toStdString()}),
               QString());
-}
-
-TEST_F(ServiceTest, TheManualPageIsWhole)
-{
-    EXPECT_EQ(outputOf({"groff", "-man", "-ww", "-z", "-Tutf8", MANUAL_PAGE}), QString()) << "no warnings";
-    // Wide enough for no option to be hyphenated.
-    const QString page = outputOf({"groff", "-man", "-Tascii", "-P-cbou", "-rLL=1000n", MANUAL_PAGE});
-    const QString help = outputOf({SPOTWELL_BRIDGE, "--help"});
-    const QSet<QString> helped = longOptions(help);
-    EXPECT_EQ(helped.size(), 12);
-    EXPECT_TRUE(helped.contains(u"--telnet"_s));
-    // Those of other programs in its examples.
-    EXPECT_EQ(longOptions(page) - QSet<QString>({u"--user"_s, u"--now"_s}), helped);
 }
 
 TEST_F(ServiceTest, NeitherWindowsNorIcuAreLoaded)
