@@ -5,7 +5,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QRegularExpression>
 
 namespace spotwell
@@ -33,17 +32,7 @@ QStringList captures(const QString& text, const QString& pattern)
     return result;
 }
 
-/// The anchors that a page's headings have.
-QStringList anchors(const QString& page)
-{
-    static const QRegularExpression unwanted(u"[^\\w\\- ]"_s);
-    QStringList result;
-    for (QString& heading : captures(page, u"(?m)^#+ (.*)$"_s))
-        result << heading.toLower().remove(unwanted).replace(u' ', u'-');
-    return result;
-}
-
-/// What the pages say of the bridge's command line, and where their links lead.
+/// What the pages say of the bridge's command line.
 class DocumentsTest : public LoggerTest
 {
 protected:
@@ -73,22 +62,6 @@ TEST_F(DocumentsTest, NameOptionsThatTheBridgeHas)
     EXPECT_GE(named, 10);
     EXPECT_TRUE(help.contains(bridgeAddress));
     EXPECT_TRUE(contents(QStringLiteral(SOURCES "/docs/loggers.md")).contains(bridgeAddress));
-}
-
-TEST_F(DocumentsTest, LinkToWhatThereIs)
-{
-    for (const QString& page : pages()) {
-        for (const QString& link : captures(contents(page), u"\\]\\(([^)]+)\\)"_s)) {
-            if (link.contains(u"://"_s))
-                continue;
-            const QString path = link.section(u'#', 0, 0);
-            const QString target = path.isEmpty() ? page : QFileInfo(page).dir().filePath(path);
-            EXPECT_TRUE(QFileInfo::exists(target)) << page.toStdString() << ": " << link.toStdString();
-            const QString anchor = link.section(u'#', 1);
-            EXPECT_TRUE(anchor.isEmpty() || anchors(contents(target)).contains(anchor))
-                << page.toStdString() << ": " << link.toStdString();
-        }
-    }
 }
 
 } // namespace
