@@ -34,6 +34,7 @@ constexpr QSize largestInitialSize{1010, 680};
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
 {
+    installAccessibility();
     setupUi(this);
     setWindowIcon(imageNamed(QStringLiteral("spotwell")));
     statusLine->setFont(consoleFont());
@@ -43,7 +44,10 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     const int width = connected->sizeHint().width();
     describeConnection(false);
     connected->setMinimumWidth(std::max(width, connected->sizeHint().width()));
-    connect(connected, &QAbstractButton::toggled, this, &MainWindow::describeConnection);
+    connect(connected, &QAbstractButton::toggled, this, [this](bool isConnected) {
+        describeConnection(isConnected);
+        announceConnection(isConnected);
+    });
 
     // The quit command is no slip, unlike a closed window: it is not asked about.
     connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, qApp, &QCoreApplication::quit);
@@ -63,7 +67,11 @@ void MainWindow::setAppearance(const Appearance& appearance)
 
 void MainWindow::setLogwrightRunning(bool running)
 {
-    describeBulb(running ? tr("Logwright is running") : tr("Logwright is not running"));
+    const QString words = running ? tr("Logwright is running") : tr("Logwright is not running");
+    const bool isNews = lgwtRunningButton->accessibleDescription() != words;
+    describeBulb(words);
+    if (isNews)
+        logwrightNews_.announce(words);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)
@@ -81,10 +89,20 @@ void MainWindow::describeConnection(bool isConnected)
                                       : tr("Not connected; press to connect to the DX cluster node"));
 }
 
+void MainWindow::announceConnection(bool isConnected)
+{
+    // Of what has the focus a screen reader tells each change by itself.
+    if (!connected->hasFocus())
+        connectionNews_.announce(isConnected ? tr("Connected to the DX cluster")
+                                             : tr("Not connected to the DX cluster"));
+}
+
 void MainWindow::describeBulb(const QString& words)
 {
     lgwtRunningButton->setToolTip(words);
-    lgwtRunningButton->setAccessibleDescription(words);
+    // Told to screen readers as a change even when it is none.
+    if (lgwtRunningButton->accessibleDescription() != words)
+        lgwtRunningButton->setAccessibleDescription(words);
 }
 
 QSize MainWindow::initialSize() const

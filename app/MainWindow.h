@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "app/Accessibility.h"
 #include "app/Appearance.h"
 #include "ui_MainWindow.h"
 
@@ -28,7 +29,8 @@ public:
     /// follows at once.
     void setAppearance(const Appearance& appearance);
 
-    /// Puts into words (tooltip, accessible description) what the bulb shows; the image is the caller's.
+    /// Puts into words (tooltip, accessible description) what the bulb shows, and announces what is new; the
+    /// image is the caller's.
     void setLogwrightRunning(bool running);
 
     /// Asked when the window is to be closed; it stays open on false. Empty: it closes.
@@ -39,8 +41,13 @@ protected:
 
 private:
     void describeConnection(bool connected);
+    void announceConnection(bool connected);
     void describeBulb(const QString& words);
     [[nodiscard]] QSize initialSize() const;
+
+    // One for each matter, so that neither takes the other's words away before they were read.
+    Announcer connectionNews_{*this};
+    Announcer logwrightNews_{*this};
 };
 
 } // namespace spotwell

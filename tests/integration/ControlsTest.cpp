@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
+#include "tests/integration/ScreenReader.h"
 #include "tests/integration/UserTest.h"
 #include "tests/integration/WindowPing.h"
 
@@ -15,34 +16,36 @@ namespace
 {
 
 /// How a user reaches a control.
-enum class Way { mouse, mnemonic, tab };
+enum class Way { mouse, mnemonic, tab, reader };
 
 void PrintTo(Way way, std::ostream* out)
 {
-    constexpr std::array names{"mouse", "mnemonic", "tab"};
+    constexpr std::array names{"mouse", "mnemonic", "tab", "reader"};
     *out << names.at(static_cast<std::size_t>(way));
 }
 
 struct Control {
     const char* name;
     const char* letter;
+    /// To a screen reader.
+    const char* accessibleName;
 };
 
 /// In the order of the tab key, from the first field on.
-constexpr std::array<Control, 14> controls{{{"dxcluster", "u"},
-                                            {"port", "o"},
-                                            {"callsign", "s"},
-                                            {"password", "w"},
-                                            {"connected", "n"},
-                                            {"reconnectCheckBox", "r"},
-                                            {"potaCheckBox", "p"},
-                                            {"skimmersCheckBox", "k"},
-                                            {"dxsummitCheckBox", "m"},
-                                            {"dxsExclusiveCheckBox", "x"},
-                                            {"wsprnetCheckBox", "t"},
-                                            {"darkCheckBox", "d"},
-                                            {"lgwtRunningButton", "g"},
-                                            {"showDebugLogButton", "b"}}};
+constexpr std::array<Control, 14> controls{{{"dxcluster", "u", "DX cluster node"},
+                                            {"port", "o", "DX cluster port"},
+                                            {"callsign", "s", "Callsign"},
+                                            {"password", "w", "DX cluster password"},
+                                            {"connected", "n", "Connection to the DX cluster"},
+                                            {"reconnectCheckBox", "r", "Reconnect to the DX cluster"},
+                                            {"potaCheckBox", "p", "POTA spots"},
+                                            {"skimmersCheckBox", "k", "POTA: skimmer spots too"},
+                                            {"dxsummitCheckBox", "m", "DXSummit spots"},
+                                            {"dxsExclusiveCheckBox", "x", "DXSummit: exclusive spots only"},
+                                            {"wsprnetCheckBox", "t", "WSPRnet spots"},
+                                            {"darkCheckBox", "d", "Dark appearance"},
+                                            {"lgwtRunningButton", "g", "Logwright"},
+                                            {"showDebugLogButton", "b", "Show debug log"}}};
 
 class ControlsTest : public UserTest, public testing::WithParamInterface<Way>
 {
@@ -61,6 +64,9 @@ protected:
         case Way::tab:
             user.press(tabsTo(control) + QStringList(QStringLiteral("space")));
             break;
+        case Way::reader:
+            EXPECT_TRUE(reader_->press(QLatin1String(find(control).accessibleName))) << name;
+            break;
         }
     }
     /// Replaces the text of a field.
@@ -69,7 +75,7 @@ protected:
         const QString field = QLatin1String(name);
         if (GetParam() == Way::mouse)
             user.click(placeOf(field).center());
-        else if (GetParam() == Way::mnemonic)
+        else if (GetParam() == Way::mnemonic || GetParam() == Way::reader)
             user.press(mnemonicOf(field));
         else
             user.press(tabsTo(field));
@@ -79,7 +85,9 @@ protected:
     /// A click on a control that is disabled; the keyboard has nothing like it but the letter.
     void tryToUse(const char* name)
     {
-        if (GetParam() != Way::tab)
+        if (GetParam() == Way::reader)
+            EXPECT_FALSE(reader_->press(QLatin1String(find(QLatin1String(name)).accessibleName))) << name;
+        else if (GetParam() != Way::tab)
             use(name);
     }
     /// Uses a box whose action saves, and sees that all is saved then.
@@ -105,6 +113,17 @@ protected:
                                file,
                                QString()};
         EXPECT_EQ(next(fileManager, QStringLiteral("call")), call);
+    }
+
+    /// The program with the user, and what the user needs for it.
+    void openForUser()
+    {
+        open();
+        if (GetParam() == Way::reader) {
+            reader_.emplace(bus);
+            ASSERT_TRUE(
+                waitUntil([this] { return reader_->isOn(QStringLiteral("POTA spots")).has_value(); }));
+        }
     }
 
     SettingsTexts expected_;
@@ -138,13 +157,14 @@ private:
     }
 
     QHash<QString, bool> isOn_;
+    std::optional<ScreenReader> reader_;
 };
 
 TEST_P(ControlsTest, eachDoesItsWorkAndSixOfTheBoxesSave)
 {
     BusPeer fileManager(bus);
     fileManager.command({QStringLiteral("own"), QStringLiteral("org.freedesktop.FileManager1")});
-    open();
+    openForUser();
     keepPicture(QStringLiteral("first-run"));
 
     fill("dxcluster", QStringLiteral("127.0.0.1"));
@@ -165,6 +185,8 @@ TEST_P(ControlsTest, eachDoesItsWorkAndSixOfTheBoxesSave)
     EXPECT_TRUE(hears("quit\n"));
     EXPECT_TRUE(waitUntil([this] { return node.hasEnded(); }));
     seeLogShown(fileManager);
+    EXPECT_EQ(countOfEntries(QStringLiteral("connectedPressed:[1]")), 1);
+    EXPECT_EQ(countOfEntries(QStringLiteral("connectedPressed:[0]")), 1);
     EXPECT_FALSE(QFile::exists(home.settingsFile())) << "saved too early";
 
     expected_ = settingsFor(node.port());
@@ -199,7 +221,8 @@ TEST_P(ControlsTest, eachDoesItsWorkAndSixOfTheBoxesSave)
     useAndSee("darkCheckBox", "dark", false);
 }
 
-INSTANTIATE_TEST_SUITE_P(Ways, ControlsTest, testing::Values(Way::mouse, Way::mnemonic, Way::tab),
+INSTANTIATE_TEST_SUITE_P(Ways, ControlsTest,
+                         testing::Values(Way::mouse, Way::mnemonic, Way::tab, Way::reader),
                          testing::PrintToStringParamName());
 
 class DarkTest : public UserTest

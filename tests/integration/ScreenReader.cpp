@@ -15,8 +15,7 @@ namespace
 
 constexpr const char* accessible = "org.a11y.atspi.Accessible";
 constexpr const char* rootPath = "/org/a11y/atspi/accessible/root";
-// AtspiStateType.
-constexpr unsigned checkedState = 4;
+constexpr const char* objectEvents = "org.a11y.atspi.Event.Object";
 // Longer than the program is busy under any sanitizer.
 constexpr std::uint64_t patienceMicroseconds = 60'000'000;
 
@@ -32,7 +31,23 @@ std::shared_ptr<sd_bus> connectTo(const std::string& address)
     return owned;
 }
 
+/// The states in a reply: two words of 32 bits, the lower first.
+std::optional<std::uint64_t> statesIn(sd_bus_message* reply)
+{
+    std::uint32_t low = 0;
+    std::uint32_t high = 0;
+    if (sd_bus_message_enter_container(reply, 'a', "u") <= 0 ||
+        sd_bus_message_read(reply, "uu", &low, &high) <= 0)
+        return std::nullopt;
+    return (std::uint64_t{high} << 32U) | low;
+}
+
 } // namespace
+
+bool has(std::uint64_t states, AccessibleState state)
+{
+    return (states >> static_cast<unsigned>(state) & 1U) != 0;
+}
 
 int ScreenReader::giveAddress(sd_bus_message* call, void* self, sd_bus_error*)
 {
@@ -45,6 +60,41 @@ int ScreenReader::tellState(sd_bus*, const char*, const char*, const char*, sd_b
     return sd_bus_message_append(reply, "b", 1);
 }
 
+int ScreenReader::giveEvents(sd_bus_message* call, void* self, sd_bus_error*)
+{
+    sd_bus_message* reply = nullptr;
+    if (const int error = sd_bus_message_new_method_return(call, &reply); error < 0)
+        return error;
+    const Message owned(reply, sd_bus_message_unref);
+    if (const int error = sd_bus_message_append(reply, "a(ss)", 2, ":1.0", "Object:StateChanged:", ":1.0",
+                                                "Object:PropertyChange:");
+        error < 0)
+        return error;
+    static_cast<ScreenReader*>(self)->toldEvents_ = true;
+    return sd_bus_send(nullptr, reply, nullptr);
+}
+
+int ScreenReader::leaveKey(sd_bus_message* call, void*, sd_bus_error*)
+{
+    return sd_bus_reply_method_return(call, "b", 0);
+}
+
+int ScreenReader::hear(sd_bus_message* signal, void* self, sd_bus_error*)
+{
+    const char* detail = nullptr;
+    int first = 0;
+    int second = 0;
+    if (sd_bus_message_read(signal, "sii", &detail, &first, &second) <= 0)
+        return 0;
+    auto* const reader = static_cast<ScreenReader*>(self);
+    const std::lock_guard guard(reader->mutex_);
+    const QString words = QStringLiteral("%1 %2 %3")
+                              .arg(QLatin1String(sd_bus_message_get_member(signal)), QLatin1String(detail),
+                                   QString::number(first));
+    reader->events_.push_back({words, sd_bus_message_get_path(signal)});
+    return 0;
+}
+
 int ScreenReader::embed(sd_bus_message* call, void* self, sd_bus_error*)
 {
     auto* const reader = static_cast<ScreenReader*>(self);
@@ -55,7 +105,7 @@ int ScreenReader::embed(sd_bus_message* call, void* self, sd_bus_error*)
     return sd_bus_reply_method_return(call, "(so)", "org.a11y.atspi.Registry", rootPath);
 }
 
-ScreenReader::ScreenReader(const PrivateBus& bus) : address_(bus.address())
+ScreenReader::ScreenReader(const PrivateBus& bus, Hears hears) : address_(bus.address())
 {
     static const sd_bus_vtable address[] = {
         SD_BUS_VTABLE_START(0), SD_BUS_METHOD("GetAddress", "", "s", giveAddress, SD_BUS_VTABLE_UNPRIVILEGED),
@@ -66,6 +116,10 @@ ScreenReader::ScreenReader(const PrivateBus& bus) : address_(bus.address())
     static const sd_bus_vtable socket[] = {
         SD_BUS_VTABLE_START(0), SD_BUS_METHOD("Embed", "(so)", "(so)", embed, SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_VTABLE_END};
+    static const sd_bus_vtable registry[] = {
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD("GetRegisteredEvents", "", "a(ss)", giveEvents, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END};
     service_ = connectTo(address_);
     questions_ = connectTo(address_);
     sd_bus* const service = service_.get();
@@ -75,6 +129,13 @@ ScreenReader::ScreenReader(const PrivateBus& bus) : address_(bus.address())
         sd_bus_request_name(service, "org.a11y.atspi.Registry", 0) < 0 ||
         sd_bus_request_name(service, "org.a11y.Bus", 0) < 0)
         throw std::runtime_error("no screen reader");
+    if (hears == Hears::events &&
+        (sd_bus_add_object(service, nullptr, "/org/a11y/atspi/registry/deviceeventcontroller", leaveKey,
+                           this) < 0 ||
+         sd_bus_match_signal(service, nullptr, nullptr, nullptr, objectEvents, nullptr, hear, this) < 0 ||
+         sd_bus_add_object_vtable(service, nullptr, "/org/a11y/atspi/registry", "org.a11y.atspi.Registry",
+                                  registry, this) < 0))
+        throw std::runtime_error("no ears");
     thread_ = std::thread([this] { serve(); });
 }
 
@@ -110,15 +171,21 @@ ScreenReader::Message ScreenReader::call(const std::string& path, const char* in
     return {reply, sd_bus_message_unref};
 }
 
+QString ScreenReader::property(const std::string& path, const char* name)
+{
+    char* value = nullptr;
+    if (sd_bus_get_property_string(questions_.get(), known_.c_str(), path.c_str(), accessible, name, nullptr,
+                                   &value) < 0)
+        return {};
+    const std::unique_ptr<char, decltype(&std::free)> owned(value, &std::free);
+    return QString::fromUtf8(value);
+}
+
 void ScreenReader::collect(const std::string& path)
 {
-    char* name = nullptr;
-    if (sd_bus_get_property_string(questions_.get(), known_.c_str(), path.c_str(), accessible, "Name",
-                                   nullptr, &name) >= 0) {
-        // A label has the name of what it stands for, and a colon.
-        paths_.emplace(name, path);
-        std::free(name);
-    }
+    order_.push_back(path);
+    // A label has the name of what it stands for, and a colon.
+    paths_.emplace(property(path, "Name").toStdString(), path);
     const Message children = call(path, accessible, "GetChildren");
     if (!children || sd_bus_message_enter_container(children.get(), 'a', "(so)") <= 0)
         return;
@@ -128,21 +195,32 @@ void ScreenReader::collect(const std::string& path)
         collect(child);
 }
 
-std::string ScreenReader::find(const QString& control)
+bool ScreenReader::findProgram()
 {
     std::string program;
     {
         const std::lock_guard guard(mutex_);
         program = program_;
     }
-    if (program.empty())
-        return {};
     if (program != known_)
-        paths_.clear();
+        forget();
     known_ = program;
+    return !program.empty();
+}
+
+void ScreenReader::forget()
+{
+    paths_.clear();
+    order_.clear();
+}
+
+std::string ScreenReader::find(const QString& control)
+{
+    if (!findProgram())
+        return {};
     const std::string name = control.toStdString();
     if (!paths_.contains(name)) {
-        paths_.clear();
+        forget();
         collect(rootPath);
     }
     const auto found = paths_.find(name);
@@ -168,17 +246,69 @@ std::optional<bool> ScreenReader::isOn(const QString& control)
 {
     const std::string path = find(control);
     const Message reply = path.empty() ? nullptr : call(path, accessible, "GetState");
-    std::uint32_t states = 0;
-    if (!reply || sd_bus_message_enter_container(reply.get(), 'a', "u") <= 0 ||
-        sd_bus_message_read(reply.get(), "u", &states) <= 0)
+    const auto states = reply ? statesIn(reply.get()) : std::nullopt;
+    if (!states)
         return std::nullopt;
-    return (states >> checkedState & 1) != 0;
+    return has(*states, AccessibleState::checked);
 }
 
 bool ScreenReader::press(const QString& control)
 {
     const std::string path = find(control);
     return !path.empty() && call(path, "org.a11y.atspi.Action", "DoAction", "i", 0) != nullptr;
+}
+
+AccessibleControl ScreenReader::describe(const std::string& path)
+{
+    AccessibleControl control;
+    control.name = property(path, "Name");
+    control.description = property(path, "Description");
+    const char* text = nullptr;
+    if (const Message role = call(path, accessible, "GetRoleName");
+        role && sd_bus_message_read(role.get(), "s", &text) > 0)
+        control.role = QString::fromUtf8(text);
+    if (const Message states = call(path, accessible, "GetState"))
+        control.states = statesIn(states.get()).value_or(0);
+    const Message actions = call(path, "org.a11y.atspi.Action", "GetActions");
+    if (!actions || sd_bus_message_enter_container(actions.get(), 'a', "(sss)") <= 0)
+        return control;
+    const char* description = nullptr;
+    const char* keys = nullptr;
+    while (sd_bus_message_read(actions.get(), "(sss)", &text, &description, &keys) > 0) {
+        if (control.actions.isEmpty())
+            control.keys = QString::fromUtf8(keys);
+        control.actions.append(QString::fromUtf8(text));
+    }
+    return control;
+}
+
+QList<AccessibleControl> ScreenReader::controls()
+{
+    QList<AccessibleControl> result;
+    if (!findProgram())
+        return result;
+    forget();
+    collect(rootPath);
+    for (const std::string& path : order_)
+        result.append(describe(path));
+    return result;
+}
+
+QStringList ScreenReader::events()
+{
+    {
+        const std::lock_guard guard(mutex_);
+        heard_.insert(heard_.end(), events_.begin(), events_.end());
+        events_.clear();
+    }
+    QStringList result;
+    (void)findProgram();
+    for (Event& event : heard_) {
+        if (!event.name)
+            event.name = property(event.path, "Name");
+        result.append(event.words + QLatin1Char(' ') + *event.name);
+    }
+    return result;
 }
 
 } // namespace spotwell
