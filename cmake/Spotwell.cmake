@@ -6,7 +6,7 @@
 add_library(spotwell_options INTERFACE)
 target_compile_options(spotwell_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
-  -Wcast-qual -Wformat=2 -Wundef -Werror)
+  -Wcast-qual -Wformat=2 -Wundef $<$<BOOL:${SPOTWELL_WERROR}>:-Werror>)
 target_compile_definitions(spotwell_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH
   QT_DISABLE_DEPRECATED_BEFORE=0x060400)
