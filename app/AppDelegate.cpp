@@ -10,8 +10,10 @@
 #include "app/Settings.h"
 
 #include <QAbstractButton>
+#include <QLineEdit>
 #include <QScopedValueRollback>
 
+#include <optional>
 #include <utility>
 
 namespace spotwell
@@ -30,6 +32,13 @@ UrlSessionConfiguration mediumTimeoutConfiguration()
     configuration.timeoutIntervalForRequest = Seconds{30.0};
     configuration.timeoutIntervalForResource = Seconds{45.0};
     return configuration;
+}
+
+/// Of a text that is too long for its field the beginning shows.
+void show(QLineEdit& field, const std::optional<QString>& text)
+{
+    field.setText(text.value_or(QString()));
+    field.setCursorPosition(0);
 }
 
 } // namespace
@@ -135,10 +144,10 @@ void AppDelegate::wireControls()
 void AppDelegate::readSettingsIntoControls()
 {
     const Settings settings = readSettings(platform_.userDefaults);
-    window.dxcluster->setText(settings.dxcluster.value_or(QString()));
-    window.password->setText(settings.password.value_or(QString()));
-    window.port->setText(settings.port.value_or(QString()));
-    window.callsign->setText(settings.callsign.value_or(QString()));
+    show(*window.dxcluster, settings.dxcluster);
+    show(*window.password, settings.password);
+    show(*window.port, settings.port);
+    show(*window.callsign, settings.callsign);
     window.reconnectCheckBox->setChecked(settings.reconnect);
     window.wsprnetCheckBox->setChecked(settings.wsprnet);
     window.dxsummitCheckBox->setChecked(settings.dxsummit);

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QFontMetricsF>
 #include <QScreen>
 #include <QScrollBar>
@@ -51,6 +52,10 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
 
     // The quit command is no slip, unlike a closed window: it is not asked about.
     connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, qApp, &QCoreApplication::quit);
+
+    // The toolkit takes the menu key alone.
+    connect(new QShortcut(QKeySequence(Qt::SHIFT | Qt::Key_F10), this), &QShortcut::activated, this,
+            &MainWindow::showContextMenu);
 
     describeBulb(tr("Not yet known whether Logwright runs"));
     resize(initialSize());
@@ -103,6 +108,16 @@ void MainWindow::describeBulb(const QString& words)
     // Told to screen readers as a change even when it is none.
     if (lgwtRunningButton->accessibleDescription() != words)
         lgwtRunningButton->setAccessibleDescription(words);
+}
+
+void MainWindow::showContextMenu() const
+{
+    QWidget* const control = focusWidget();
+    if (!control)
+        return;
+    const QPoint place = control->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, place, control->mapToGlobal(place));
+    QCoreApplication::sendEvent(control, &event);
 }
 
 QSize MainWindow::initialSize() const

@@ -43,6 +43,7 @@ private:
     void describeConnection(bool connected);
     void announceConnection(bool connected);
     void describeBulb(const QString& words);
+    void showContextMenu() const;
     [[nodiscard]] QSize initialSize() const;
 
     // One for each matter, so that neither takes the other's words away before they were read.

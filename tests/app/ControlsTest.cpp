@@ -94,6 +94,18 @@ TEST_F(ControlsTest, EachKeySetsItsOwnBoxAtLaunch)
     }
 }
 
+TEST_F(ControlsTest, OfALongTextTheBeginningShows)
+{
+    for (const auto& key : {QStringLiteral("dxcluster"), QStringLiteral("port"), QStringLiteral("callsign"),
+                            QStringLiteral("password")})
+        program.defaults.strings[key] = QString(200, u'x');
+    program.launch();
+    for (const QLineEdit* field : {window.dxcluster, window.port, window.callsign, window.password}) {
+        EXPECT_EQ(field->text().size(), 200) << field->objectName().toStdString();
+        EXPECT_EQ(field->cursorPosition(), 0) << field->objectName().toStdString();
+    }
+}
+
 TEST_F(ControlsTest, TheTwoBulbsDiffer)
 {
     ASSERT_FALSE(imageOf(imageNamed(QStringLiteral("green_ball"))).isNull());

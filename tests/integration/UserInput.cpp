@@ -132,11 +132,20 @@ QRect UserInput::place(const QString& control) const
     return places_.value(control);
 }
 
-void UserInput::click(const QPoint& at) const
+void UserInput::click(const QPoint& at, int button) const
 {
     (void)linesOf(QStringLiteral("xdotool"),
                   {QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y()),
-                   QStringLiteral("click"), QStringLiteral("1")});
+                   QStringLiteral("click"), QString::number(button)});
+}
+
+void UserInput::drag(const QPoint& from, const QPoint& to) const
+{
+    (void)linesOf(QStringLiteral("xdotool"),
+                  {QStringLiteral("mousemove"), QString::number(from.x()), QString::number(from.y()),
+                   QStringLiteral("mousedown"), QStringLiteral("1"), QStringLiteral("mousemove"),
+                   QString::number(to.x()), QString::number(to.y()), QStringLiteral("mouseup"),
+                   QStringLiteral("1")});
 }
 
 void UserInput::close(const QPoint& at) const

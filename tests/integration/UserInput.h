@@ -42,8 +42,10 @@ public:
     /// question by its text. "MainWindow" is the main window itself.
     [[nodiscard]] QRect place(const QString& control) const;
 
-    /// With the left button, on a place of the screen.
-    void click(const QPoint& at) const;
+    /// On a place of the screen, with the left button or another one (3: the right one).
+    void click(const QPoint& at, int button = 1) const;
+    /// With the left button held, from one place of the screen to another.
+    void drag(const QPoint& from, const QPoint& to) const;
     /// Tells the window at this place of the screen to close.
     void close(const QPoint& at) const;
     /// Keys at once, as "alt+F4".

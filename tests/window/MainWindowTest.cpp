@@ -132,7 +132,20 @@ TEST_F(MainWindowTest, TheFieldsSuitWhatIsTypedThere)
     EXPECT_EQ(window.password->echoMode(), QLineEdit::Password);
     EXPECT_EQ(window.dxcluster->echoMode(), QLineEdit::Normal);
     EXPECT_EQ(window.port->placeholderText(), QStringLiteral("23"));
-    EXPECT_EQ(window.password->placeholderText(), QString());
+    EXPECT_EQ(window.dxcluster->placeholderText(), QStringLiteral("Host name"));
+    EXPECT_EQ(window.callsign->placeholderText(), QStringLiteral("Yours"));
+    EXPECT_EQ(window.password->placeholderText(), QStringLiteral("Optional"));
+    // At the window's smallest, too.
+    window.resize(window.minimumSizeHint());
+    (void)window.grab();
+    for (const QLineEdit* field : {window.dxcluster, window.port, window.callsign, window.password}) {
+        EXPECT_EQ(field->validator(), nullptr) << field->objectName().toStdString();
+        EXPECT_EQ(field->inputMask(), QString()) << field->objectName().toStdString();
+        constexpr int frameAndMargins = 12;
+        EXPECT_LE(field->fontMetrics().horizontalAdvance(field->placeholderText()) + frameAndMargins,
+                  field->width())
+            << field->objectName().toStdString();
+    }
 }
 
 TEST_F(MainWindowTest, OptionsStandInTheFrameOfTheirFeed)
