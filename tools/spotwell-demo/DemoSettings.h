@@ -17,7 +17,7 @@ class DemoSettings final : public UserDefaults
 {
 public:
     /// A feed whose address is empty is switched off.
-    DemoSettings(const QString& host, const QString& port, const FeedAddresses& feeds)
+    DemoSettings(const QString& host, const QString& port, const FeedAddresses& feeds, bool dark)
         : strings_{{QStringLiteral("dxcluster"), host},
                    {QStringLiteral("port"), port},
                    {QStringLiteral("callsign"), QStringLiteral("N0CALL")}},
@@ -25,7 +25,8 @@ public:
                     {QStringLiteral("pota"), !feeds.pota.isEmpty()},
                     {QStringLiteral("skimmers"), true},
                     {QStringLiteral("dxsummit"), !feeds.dxsummit.isEmpty()},
-                    {QStringLiteral("wsprnet"), !feeds.wsprnet.isEmpty()}}
+                    {QStringLiteral("wsprnet"), !feeds.wsprnet.isEmpty()},
+                    {QStringLiteral("dark"), dark}}
     {
     }
 

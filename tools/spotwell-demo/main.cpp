@@ -24,6 +24,7 @@ struct Options {
     FeedAddresses feeds;
     int seconds = 30;
     QString screenshot;
+    bool dark = false;
 };
 
 /// A service on this machine; empty without a port.
@@ -59,14 +60,16 @@ Options readOptions(const QApplication& application)
         QStringLiteral(
             "Where to leave a picture of the window, taken when it shows every feed or else at the end."),
         QStringLiteral("file"));
-    parser.addOptions({port, pota, dxsummit, wsprnet, seconds, screenshot});
+    const QCommandLineOption dark(QStringLiteral("dark"), QStringLiteral("Begins with dark colours."));
+    parser.addOptions({port, pota, dxsummit, wsprnet, seconds, screenshot, dark});
     parser.process(application);
     return {parser.value(port),
             {address(parser.value(pota), QStringLiteral("/spot/activator")),
              address(parser.value(dxsummit), QStringLiteral("/api/v1/spots")),
              address(parser.value(wsprnet), QStringLiteral("/drupal/wsprnet/spots"))},
             parser.value(seconds).toInt(),
-            parser.value(screenshot)};
+            parser.value(screenshot),
+            parser.isSet(dark)};
 }
 
 /// What the console's lines begin with that come from the node and from the feeds that are on.
@@ -96,7 +99,7 @@ int main(int argc, char** argv)
     const Options options = readOptions(application);
 
     const QTemporaryDir logs;
-    DemoSettings settings(QStringLiteral("127.0.0.1"), options.nodePort, options.feeds);
+    DemoSettings settings(QStringLiteral("127.0.0.1"), options.nodePort, options.feeds, options.dark);
     LinuxPlatform platform(QStringLiteral(SPOTWELL_VERSION), prepared.busAddress);
     const Platform real = platform.services();
     MainWindow window;
