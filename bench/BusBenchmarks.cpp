@@ -6,8 +6,8 @@
 #include "bench/NodeLines.h"
 #include "bench/PrivateDesktop.h"
 #include "bench/StandIns.h"
-#include "platform/linux/BusNotificationCenter.h"
-#include "platform/linux/BusRunningApplications.h"
+#include "platform/linux/bus/BusNotificationCenter.h"
+#include "platform/linux/bus/BusRunningApplications.h"
 
 #include <benchmark/benchmark.h>
 

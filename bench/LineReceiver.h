@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "platform/linux/BusConnection.h"
 #include "platform/linux/WakeUp.h"
+#include "platform/linux/bus/BusConnection.h"
 
 #include <condition_variable>
 #include <cstdint>

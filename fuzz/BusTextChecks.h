@@ -4,7 +4,7 @@
 #pragma once
 
 #include "fuzz/Check.h"
-#include "platform/linux/BusText.h"
+#include "platform/linux/bus/BusText.h"
 
 #include <QByteArrayView>
 #include <QString>

@@ -5,7 +5,7 @@
 
 #include "fuzz/Check.h"
 #include "fuzz/Input.h"
-#include "platform/linux/BusText.h"
+#include "platform/linux/bus/BusText.h"
 #include "tests/fakes/BusMessages.h"
 
 #include <systemd/sd-bus.h>

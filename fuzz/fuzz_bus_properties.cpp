@@ -5,7 +5,7 @@
 // anything else, and errors.
 
 #include "fuzz/BusWriter.h"
-#include "platform/linux/ApplicationProperties.h"
+#include "platform/linux/bus/ApplicationProperties.h"
 
 namespace
 {

@@ -7,7 +7,7 @@
 #include "delivery/LineDelivery.h"
 #include "fuzz/BusTextChecks.h"
 #include "fuzz/Input.h"
-#include "platform/linux/ScriptText.h"
+#include "platform/linux/bus/ScriptText.h"
 
 #include <QRegularExpression>
 

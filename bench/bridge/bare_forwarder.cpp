@@ -5,7 +5,7 @@
 // client, and nothing between them. Keeps nothing, looks at nothing a client says but its callsign, and takes
 // it that all clients have logged in before the first spot. Says where it listens, as spotwell-bridge does.
 
-#include "platform/linux/BusConnection.h"
+#include "platform/linux/bus/BusConnection.h"
 
 #include <arpa/inet.h>
 #include <array>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "tests/integration/PrivateNetwork.h"
-#include "tests/platform/LoopbackHttpServer.h"
+#include "tests/platform/web/LoopbackHttpServer.h"
 
 #include <QByteArray>
 

@@ -8,7 +8,7 @@
 #include "tests/integration/FeedServices.h"
 #include "tests/integration/PrivateNetwork.h"
 #include "tests/integration/ProgramTest.h"
-#include "tests/platform/UrlSessionTesting.h"
+#include "tests/platform/web/UrlSessionTesting.h"
 
 #include <memory>
 #include <optional>

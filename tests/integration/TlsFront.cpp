@@ -3,7 +3,7 @@
 
 #include "tests/integration/TlsFront.h"
 
-#include "tests/platform/LoopbackIdentity.h"
+#include "tests/platform/web/LoopbackIdentity.h"
 
 #include <QEventLoop>
 #include <QHostAddress>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "platform/linux/BusConnection.h"
+#include "platform/linux/bus/BusConnection.h"
 #include "tools/spotwell-bridge/Alarm.h"
 
 #include <QSocketNotifier>

@@ -3,7 +3,7 @@
 
 #include "tools/spotwell-bridge/HeldAnswers.h"
 
-#include "platform/linux/BusText.h"
+#include "platform/linux/bus/BusText.h"
 
 #include <cerrno>
 #include <string>

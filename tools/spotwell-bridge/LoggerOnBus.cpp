@@ -3,7 +3,7 @@
 
 #include "tools/spotwell-bridge/LoggerOnBus.h"
 
-#include "platform/linux/BusText.h"
+#include "platform/linux/bus/BusText.h"
 #include "tools/spotwell-bridge/NotificationReader.h"
 
 #include <cstdint>

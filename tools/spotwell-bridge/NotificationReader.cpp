@@ -3,7 +3,7 @@
 
 #include "tools/spotwell-bridge/NotificationReader.h"
 
-#include "platform/linux/BusParts.h"
+#include "platform/linux/bus/BusParts.h"
 
 #include <cstdint>
 #include <cstring>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "platform/linux/BusText.h"
+#include "platform/linux/bus/BusText.h"
 #include "tools/spotwell-bridge/Notification.h"
 
 #include <systemd/sd-bus.h>

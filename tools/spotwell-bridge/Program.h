@@ -5,7 +5,7 @@
 
 #include "platform/Time.h"
 #include "platform/linux/HostResolver.h"
-#include "platform/linux/SessionBus.h"
+#include "platform/linux/bus/SessionBus.h"
 #include "tools/spotwell-bridge/Bridge.h"
 #include "tools/spotwell-bridge/Complaints.h"
 #include "tools/spotwell-bridge/ErrorLog.h"

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/ApplicationNames.h"
+#include "platform/linux/bus/ApplicationNames.h"
 
-#include "platform/linux/BusRunningApplications.h"
+#include "platform/linux/bus/BusRunningApplications.h"
 #include "tests/fakes/BusMessages.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/ApplicationProperties.h"
+#include "platform/linux/bus/ApplicationProperties.h"
 
-#include "platform/linux/BusConnection.h"
+#include "platform/linux/bus/BusConnection.h"
 #include "tests/fakes/BusMessages.h"
 #include "tests/fakes/Printers.h"
 #include "tests/platform/bus/ApplicationsFixture.h"

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "platform/linux/BusRunningApplications.h"
+#include "platform/linux/bus/BusRunningApplications.h"
 #include "tests/platform/bus/BusPeer.h"
 #include "tests/platform/bus/SharedLog.h"
 

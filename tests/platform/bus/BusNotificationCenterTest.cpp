@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/BusNotificationCenter.h"
+#include "platform/linux/bus/BusNotificationCenter.h"
 
 #include "tests/platform/ThreadShortage.h"
 #include "tests/platform/bus/BusPeer.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/BusText.h"
+#include "platform/linux/bus/BusText.h"
 
 #include <gtest/gtest.h>
 

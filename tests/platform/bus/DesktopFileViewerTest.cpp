@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/DesktopFileViewer.h"
+#include "platform/linux/bus/DesktopFileViewer.h"
 
 #include "tests/platform/ThreadShortage.h"
 #include "tests/platform/bus/BusPeer.h"

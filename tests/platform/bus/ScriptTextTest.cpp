@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/ScriptText.h"
+#include "platform/linux/bus/ScriptText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/ToolkitBus.h"
+#include "platform/linux/bus/ToolkitBus.h"
 
 #include "tests/platform/bus/PrivateBus.h"
 

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "platform/linux/BusNotificationCenter.h"
-#include "platform/linux/BusRunningApplications.h"
+#include "platform/linux/bus/BusNotificationCenter.h"
+#include "platform/linux/bus/BusRunningApplications.h"
 #include "tests/platform/bus/PrivateBus.h"
 #include "tests/platform/bus/SharedLog.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/BusScriptRunner.h"
+#include "platform/linux/bus/BusScriptRunner.h"
 #include "tests/fakes/Sanitizers.h"
 #include "tests/tools/bridge/program/BridgeProcess.h"
 #include "tests/tools/bridge/program/TelnetClient.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/BusConnection.h"
+#include "platform/linux/bus/BusConnection.h"
 #include "tests/tools/bridge/program/BridgeProcess.h"
 
 #include <chrono>

@@ -6,9 +6,9 @@
 #include "delivery/LineDelivery.h"
 #include "delivery/LoggerPresence.h"
 #include "delivery/SpotNotification.h"
-#include "platform/linux/BusNotificationCenter.h"
-#include "platform/linux/BusRunningApplications.h"
-#include "platform/linux/BusScriptRunner.h"
+#include "platform/linux/bus/BusNotificationCenter.h"
+#include "platform/linux/bus/BusRunningApplications.h"
+#include "platform/linux/bus/BusScriptRunner.h"
 #include "tests/platform/bus/PrivateBus.h"
 #include "tests/platform/bus/SharedLog.h"
 
