@@ -4,7 +4,7 @@
 #include "util/ConsoleView.h"
 
 #include "tests/fakes/FakeTime.h"
-#include "tests/window/Waiting.h"
+#include "tests/fakes/WaitUntil.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>
