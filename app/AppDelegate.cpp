@@ -8,12 +8,12 @@
 #include "app/Images.h"
 #include "app/QuitQuestion.h"
 #include "app/Settings.h"
+#include "app/ShownSettings.h"
 
 #include <QAbstractButton>
 #include <QLineEdit>
 #include <QScopedValueRollback>
 
-#include <optional>
 #include <utility>
 
 namespace spotwell
@@ -32,13 +32,6 @@ UrlSessionConfiguration mediumTimeoutConfiguration()
     configuration.timeoutIntervalForRequest = Seconds{30.0};
     configuration.timeoutIntervalForResource = Seconds{45.0};
     return configuration;
-}
-
-/// Of a text that is too long for its field the beginning shows.
-void show(QLineEdit& field, const std::optional<QString>& text)
-{
-    field.setText(text.value_or(QString()));
-    field.setCursorPosition(0);
 }
 
 } // namespace
@@ -99,7 +92,7 @@ void AppDelegate::applicationDidFinishLaunching()
     greyBulb = imageNamed(QStringLiteral("gray_ball"));
     createQueues();
     wireControls();
-    readSettingsIntoControls();
+    showSettings(readSettings(platform_.userDefaults), window);
     darkWindows(window.darkCheckBox->isChecked());
     _lastWsprnetTime = distantPast;
     _lastDxsummitTime = distantPast;
@@ -139,24 +132,6 @@ void AppDelegate::wireControls()
     window.shouldClose = [this] { return applicationShouldTerminateAfterLastWindowClosed(); };
     QObject::connect(window.password, &QLineEdit::textChanged, &window,
                      [this](const QString& text) { passwordIsEmpty_ = text.isEmpty(); });
-}
-
-void AppDelegate::readSettingsIntoControls()
-{
-    const Settings settings = readSettings(platform_.userDefaults);
-    show(*window.dxcluster, settings.dxcluster);
-    show(*window.password, settings.password);
-    show(*window.port, settings.port);
-    show(*window.callsign, settings.callsign);
-    window.reconnectCheckBox->setChecked(settings.reconnect);
-    window.wsprnetCheckBox->setChecked(settings.wsprnet);
-    window.dxsummitCheckBox->setChecked(settings.dxsummit);
-    window.potaCheckBox->setChecked(settings.pota);
-    window.skimmersCheckBox->setChecked(settings.skimmers);
-    window.dxsExclusiveCheckBox->setChecked(settings.dxsexclusive);
-    window.dxsExclusiveCheckBox->setEnabled(settings.dxsummit);
-    window.skimmersCheckBox->setEnabled(settings.pota);
-    window.darkCheckBox->setChecked(settings.dark);
 }
 
 void AppDelegate::scheduleTimers()
@@ -204,19 +179,7 @@ void AppDelegate::applicationWillTerminate()
 
 void AppDelegate::prefsChanged()
 {
-    Settings settings;
-    settings.dxcluster = dxclusterText();
-    settings.password = passwordText();
-    settings.port = portText();
-    settings.callsign = callsignText();
-    settings.reconnect = reconnectIsOn();
-    settings.wsprnet = window.wsprnetCheckBox->isChecked();
-    settings.dxsummit = window.dxsummitCheckBox->isChecked();
-    settings.pota = window.potaCheckBox->isChecked();
-    settings.skimmers = window.skimmersCheckBox->isChecked();
-    settings.dxsexclusive = window.dxsExclusiveCheckBox->isChecked();
-    settings.dark = window.darkCheckBox->isChecked();
-    writeSettings(platform_.userDefaults, settings);
+    writeSettings(platform_.userDefaults, shownSettings(window));
 }
 
 void AppDelegate::darkWindows(bool dark)

@@ -80,7 +80,6 @@ public:
 
 private:
     void wireControls();
-    void readSettingsIntoControls();
     void createQueues();
     void scheduleTimers();
     void connectAtLaunch();
