@@ -3,6 +3,8 @@
 
 #include "platform/linux/bus/SessionBus.h"
 
+#include "platform/linux/bus/SandboxBus.h"
+
 #include <QByteArray>
 
 #include <cerrno>
@@ -40,7 +42,10 @@ sd_bus* SessionBus::connect(const char* description)
     // Nobody here wants descriptors, which a peer could send by the hundred.
     if (result >= 0)
         result = sd_bus_negotiate_fds(bus, 0);
-    if (result >= 0)
+    const bool usable = result >= 0;
+    if (usable)
+        result = isSandboxed() ? startLineByLine(bus, *address) : 0;
+    if (usable && result == 0)
         result = sd_bus_start(bus);
     if (result >= 0)
         return bus;
