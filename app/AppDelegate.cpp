@@ -3,7 +3,6 @@
 
 #include "app/AppDelegate.h"
 
-#include "app/Appearance.h"
 #include "app/BuiltInTests.h"
 #include "app/Images.h"
 #include "app/QuitQuestion.h"
@@ -40,6 +39,7 @@ AppDelegate::AppDelegate(Platform platform, MainWindow& mainWindow, QString logD
                          const FeedAddresses& addresses, const QString& version)
     : platform_(std::move(platform)),
       window(mainWindow),
+      colours_(mainWindow, platform_.desktopContrast),
       logDirectory_(std::move(logDirectory)),
       statusLine_(*mainWindow.statusLine, platform_.mainQueue),
       consoleInbox_(platform_.mainQueue, [this](const QString& text) { appendText(text, &statusLine_); }),
@@ -93,6 +93,7 @@ void AppDelegate::applicationDidFinishLaunching()
     createQueues();
     wireControls();
     showSettings(readSettings(platform_.userDefaults), window);
+    colours_.begin();
     darkWindows(window.darkCheckBox->isChecked());
     _lastWsprnetTime = distantPast;
     _lastDxsummitTime = distantPast;
@@ -101,6 +102,7 @@ void AppDelegate::applicationDidFinishLaunching()
     (void)presence_.appIsRunning(loggerName(), true, &version);
     scheduleTimers();
     connectAtLaunch();
+    colours_.follow();
 }
 
 void AppDelegate::createQueues()
@@ -184,7 +186,7 @@ void AppDelegate::prefsChanged()
 
 void AppDelegate::darkWindows(bool dark)
 {
-    window.setAppearance(desiredAppearanceObject(dark));
+    colours_.show(dark);
 }
 
 void AppDelegate::appendText(const QString& text)

@@ -5,6 +5,7 @@
 
 #include "app/DiagnosticsLog.h"
 #include "app/MainWindow.h"
+#include "app/WindowColours.h"
 #include "cluster/ClusterHost.h"
 #include "cluster/ClusterSession.h"
 #include "cluster/Supervision.h"
@@ -118,6 +119,8 @@ private:
 
     Platform platform_;
     MainWindow& window;
+    // depends-on: window
+    WindowColours colours_;
     const QString logDirectory_;
     // depends-on: window, the main queue
     ConsoleView statusLine_;

@@ -4,6 +4,7 @@
 #include "app/Appearance.h"
 
 #include <QBrush>
+#include <QCheckBox>
 #include <QColor>
 #include <QPainter>
 #include <QProxyStyle>
@@ -74,6 +75,55 @@ constexpr Colours darkColours{
     .disabledOutline = 0xFF565C65,
 };
 
+/// All texts keep 7:1 (WCAG 2.1 AAA), as outlines and the highlight do; disabled text keeps 4.5:1.
+constexpr Colours lightHighContrast{
+    .window = 0xFFFFFFFF,
+    .base = 0xFFFFFFFF,
+    .alternateBase = 0xFFFFFFFF,
+    .button = 0xFFFFFFFF,
+    .toolTip = 0xFFFFFFFF,
+    .text = 0xFF000000,
+    .disabledText = 0xFF6B6B6B,
+    .placeholder = 0xFF4A4A4A,
+    .brightText = 0xFF8B0000,
+    .highlight = 0xFF00008B,
+    .highlightedText = 0xFFFFFFFF,
+    .inactiveHighlight = 0xFF00008B,
+    .disabledHighlight = 0xFF4A4A4A,
+    .link = 0xFF00008B,
+    .visitedLink = 0xFF5B0A91,
+    .light = 0xFFFFFFFF,
+    .midlight = 0xFFFFFFFF,
+    .mid = 0xFF000000,
+    .outline = 0xFF000000,
+    .shadow = 0xFF000000,
+    .disabledOutline = 0xFF6B6B6B,
+};
+
+constexpr Colours darkHighContrast{
+    .window = 0xFF000000,
+    .base = 0xFF000000,
+    .alternateBase = 0xFF000000,
+    .button = 0xFF000000,
+    .toolTip = 0xFF000000,
+    .text = 0xFFFFFFFF,
+    .disabledText = 0xFF8C8C8C,
+    .placeholder = 0xFFB8B8B8,
+    .brightText = 0xFFFFB3B3,
+    .highlight = 0xFFFFE000,
+    .highlightedText = 0xFF000000,
+    .inactiveHighlight = 0xFFFFE000,
+    .disabledHighlight = 0xFFB8B8B8,
+    .link = 0xFF9EC9FF,
+    .visitedLink = 0xFFE0B8FF,
+    .light = 0xFFFFFFFF,
+    .midlight = 0xFFFFFFFF,
+    .mid = 0xFFFFFFFF,
+    .outline = 0xFFFFFFFF,
+    .shadow = 0xFFFFFFFF,
+    .disabledOutline = 0xFF8C8C8C,
+};
+
 void setGroup(QPalette& palette, QPalette::ColorGroup group, const Colours& colours)
 {
     const bool disabled = group == QPalette::Disabled;
@@ -137,7 +187,8 @@ public:
             drawOutline(*option, *painter, outline, focused ? 2.0 : 1.0, cornerRadius);
             break;
         case PE_FrameFocusRect:
-            if (option->state & State_KeyboardFocusChange)
+            // A box that was reached by its letter, too, which is no change of the focus to the toolkit.
+            if ((option->state & State_KeyboardFocusChange) || qobject_cast<const QCheckBox*>(widget))
                 drawOutline(*option, *painter, palette.color(QPalette::Highlight), 1.0, cornerRadius);
             break;
         case PE_Frame:
@@ -147,6 +198,17 @@ public:
         default:
             break;
         }
+    }
+
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                            const QWidget* widget) const override
+    {
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+        if (control != CC_ScrollBar)
+            return;
+        QStyleOption slider(*option);
+        slider.rect = subControlRect(control, option, SC_ScrollBarSlider, widget);
+        drawOutline(slider, *painter, option->palette.color(QPalette::Dark), 1.0, 0.0);
     }
 
     QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
@@ -186,9 +248,22 @@ Appearance lightAppearnace()
     return {QStringLiteral("NSAppearanceNameAqua"), makePalette(lightColours)};
 }
 
-Appearance desiredAppearanceObject(bool dark)
+Appearance desiredAppearanceObject(bool dark, Contrast contrast)
 {
-    return dark ? darkAppearnace() : lightAppearnace();
+    Appearance appearance = dark ? darkAppearnace() : lightAppearnace();
+    if (contrast == Contrast::high)
+        appearance.palette = makePalette(dark ? darkHighContrast : lightHighContrast);
+    return appearance;
+}
+
+Contrast contrastOf(const QPalette& desktop)
+{
+    const QRgb text = desktop.color(QPalette::WindowText).rgb();
+    const QRgb window = desktop.color(QPalette::Window).rgb();
+    constexpr QRgb black = 0xFF000000;
+    constexpr QRgb white = 0xFFFFFFFF;
+    return (text == black && window == white) || (text == white && window == black) ? Contrast::high
+                                                                                    : Contrast::normal;
 }
 
 std::unique_ptr<QStyle> makeStyle()

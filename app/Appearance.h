@@ -20,15 +20,21 @@ struct Appearance {
     QPalette palette;
 };
 
-/// The dark appearance for true, the light one for false.
-[[nodiscard]] Appearance desiredAppearanceObject(bool dark);
+enum class Contrast { normal, high };
+
+/// The dark appearance for true, the light one for false; with high contrast, in colours that keep 7:1.
+[[nodiscard]] Appearance desiredAppearanceObject(bool dark, Contrast contrast = Contrast::normal);
+
+/// Whether a desktop whose colours these are wants high contrast: its text is black on white, or white on
+/// black, and nothing between.
+[[nodiscard]] Contrast contrastOf(const QPalette& desktop);
 
 [[nodiscard]] Appearance darkAppearnace();
 [[nodiscard]] Appearance lightAppearnace();
 
-/// The widget style made for these appearances: Qt's Fusion, with the outlines of boxes, fields and buttons
-/// in the palette's Dark role. Fusion alone derives them from the window's colour, too faint for the 3:1 that
-/// WCAG 2.1 (1.4.11) asks of them.
+/// The widget style made for these appearances: Qt's Fusion, with the outlines of boxes, fields, buttons and
+/// scroll bars' sliders in the palette's Dark role. Fusion alone derives them from the window's colour, too
+/// faint for the 3:1 that WCAG 2.1 (1.4.11) asks of them.
 [[nodiscard]] std::unique_ptr<QStyle> makeStyle();
 
 } // namespace spotwell

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "platform/DesktopContrast.h"
 #include "platform/FileViewer.h"
 #include "platform/Log.h"
 #include "platform/NotificationCenter.h"
@@ -30,6 +31,7 @@ struct Platform {
     RunningApplications& runningApplications;
     ScriptRunner& scriptRunner;
     FileViewer& fileViewer;
+    DesktopContrast& desktopContrast;
     UserDefaults& userDefaults;
     const TextConverter& textConverter;
     ProcessServices& process;

@@ -21,6 +21,7 @@
 #include "platform/linux/bus/BusRunningApplications.h"
 #include "platform/linux/bus/BusScriptRunner.h"
 #include "platform/linux/bus/DesktopFileViewer.h"
+#include "platform/linux/bus/PortalContrast.h"
 #include "platform/linux/bus/SessionBus.h"
 #include "platform/linux/bus/ToolkitBus.h"
 #include "platform/linux/web/LateUrlSession.h"
@@ -82,6 +83,9 @@ struct LinuxPlatform::Parts {
     BusScriptRunner scriptRunner{bus, runningApplications, log};
     // depends-on: bus, log
     DesktopFileViewer fileViewer{bus, log};
+    // depends-on: bus, mainQueue, workers
+    PortalContrast desktopContrast{
+        bus, mainQueue, std::make_unique<PooledSerialQueue>(workers, QStringLiteral("settings portal"))};
 };
 
 LinuxPlatform::Prepared LinuxPlatform::prepareProcess()
@@ -143,6 +147,7 @@ Platform LinuxPlatform::services()
             p.runningApplications,
             p.scriptRunner,
             p.fileViewer,
+            p.desktopContrast,
             p.userDefaults,
             p.textConverter,
             p.process,

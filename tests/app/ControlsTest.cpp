@@ -180,6 +180,39 @@ TEST_F(ControlsTest, TheConsoleIsDarkFromTheStartWhenItWasSavedSo)
     EXPECT_EQ(consoleBackground(), darkAppearnace().palette.color(QPalette::Base));
 }
 
+TEST_F(ControlsTest, TheWindowTakesTheContrastThatTheDesktopWants)
+{
+    const auto background = [](bool dark, Contrast contrast) {
+        return desiredAppearanceObject(dark, contrast).palette.color(QPalette::Window);
+    };
+    const auto shown = [this] { return window.palette().color(QPalette::Window); };
+    program.launch();
+    EXPECT_EQ(shown(), background(false, Contrast::normal));
+    ASSERT_EQ(program.desktopContrast.asked.size(), 1U);
+    const auto answer = program.desktopContrast.asked.front();
+    answer(true);
+    EXPECT_EQ(shown(), background(false, Contrast::high));
+    window.darkCheckBox->click();
+    EXPECT_EQ(shown(), background(true, Contrast::high));
+    answer(false);
+    EXPECT_EQ(shown(), background(true, Contrast::normal));
+    window.darkCheckBox->click();
+    EXPECT_EQ(shown(), background(false, Contrast::normal));
+    Q_EMIT qApp->applicationStateChanged(Qt::ApplicationInactive);
+    EXPECT_EQ(program.desktopContrast.asked.size(), 1U);
+    Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
+    EXPECT_EQ(program.desktopContrast.asked.size(), 2U);
+}
+
+TEST_F(ControlsTest, TheWindowTakesTheContrastOfTheDesktopsColours)
+{
+    window.setAppearance(desiredAppearanceObject(true, Contrast::high));
+    program.launch();
+    const Appearance expected = desiredAppearanceObject(false, Contrast::high);
+    EXPECT_EQ(window.palette().color(QPalette::Window), expected.palette.color(QPalette::Window));
+    window.setAppearance(lightAppearnace());
+}
+
 TEST_F(ControlsTest, TheUrlSessionCanBeReplaced)
 {
     program.launch();

@@ -91,6 +91,7 @@ struct FakeProgram {
     FakeRunningApplications applications;
     FakeScriptRunner scripts;
     FakeFileViewer fileViewer;
+    FakeDesktopContrast desktopContrast;
     FakeUserDefaults defaults;
     IcuTextConverter converter;
     FakeProcessServices process;
@@ -114,8 +115,8 @@ struct FakeProgram {
                                       urlSession = made.get();
                                       return made;
                                   },
-                                  sockets, center, applications, scripts, fileViewer, defaults, converter,
-                                  process, log},
+                                  sockets, center, applications, scripts, fileViewer, desktopContrast,
+                                  defaults, converter, process, log},
                          window, logDirectory,
                          FeedAddresses{QStringLiteral("https://pota.example.org/spot/activator"),
                                        QStringLiteral("http://dxsummit.example.org/api/v1/spots"),

@@ -98,6 +98,14 @@ public:
     std::vector<std::pair<QString, QString>> shown;
 };
 
+/// Keeps whom it has to answer.
+class FakeDesktopContrast final : public DesktopContrast
+{
+public:
+    void ask(std::function<void(bool high)> answer) override { asked.push_back(std::move(answer)); }
+    std::vector<std::function<void(bool high)>> asked;
+};
+
 /// A store in memory that also keeps the order of the writes.
 class FakeUserDefaults final : public UserDefaults
 {

@@ -257,5 +257,22 @@ TEST_F(DarkTest, linesOnTheScreenFollowTheSwitchAndBack)
     keepPicture(QStringLiteral("lines-light-again"));
 }
 
+TEST_F(DarkTest, aDesktopThatWantsHighContrastGetsIt)
+{
+    BusPeer portal(bus);
+    portal.command({QStringLiteral("setting"), QStringLiteral("org.freedesktop.appearance contrast"),
+                    QStringLiteral("u"), QStringLiteral("1")});
+    portal.command({QStringLiteral("own"), QStringLiteral("org.freedesktop.portal.Desktop")});
+    openConnected();
+    EXPECT_TRUE(waitUntil([&] {
+        const QRect place = placeOf(QStringLiteral("lgwtRunningButton"));
+        return screen.picture().pixel(place.topLeft()) == qRgb(255, 255, 255);
+    }));
+    keepPicture(QStringLiteral("high-contrast-light"));
+    click(QStringLiteral("darkCheckBox"));
+    EXPECT_TRUE(waitUntil([&] { return console().background == qRgb(0, 0, 0); }));
+    keepPicture(QStringLiteral("high-contrast-dark"));
+}
+
 } // namespace
 } // namespace spotwell

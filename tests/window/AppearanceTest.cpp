@@ -4,6 +4,7 @@
 #include "app/Appearance.h"
 
 #include "app/Images.h"
+#include "tests/window/Contrast.h"
 
 #include <QColor>
 #include <QIcon>
@@ -12,41 +13,27 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace spotwell
 {
 namespace
 {
 
-/// Relative luminance and contrast ratio as WCAG 2.1 defines them.
-double luminance(const QColor& colour)
-{
-    const auto linear = [](double c) {
-        return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
-           0.0722 * linear(colour.blueF());
-}
-
-double contrast(const QColor& a, const QColor& b)
-{
-    const double first = luminance(a);
-    const double second = luminance(b);
-    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
-}
-
 using Role = QPalette::ColorRole;
 using Group = QPalette::ColorGroup;
 
-class EachAppearance : public testing::TestWithParam<bool>
+class EachAppearance : public testing::TestWithParam<Wanted>
 {
 protected:
+    const double ofText = leastOfText(GetParam());
+    const double ofDisabledText = leastOfDisabledText(GetParam());
+    const double ofOutlines = GetParam().contrast == Contrast::high ? 7.0 : 3.0;
+
     [[nodiscard]] double between(Group group, Role a, Role b) const
     {
         return contrast(palette.color(group, a), palette.color(group, b));
     }
-    QPalette palette = desiredAppearanceObject(GetParam()).palette;
+    QPalette palette = desiredAppearanceObject(GetParam().dark, GetParam().contrast).palette;
 };
 
 TEST(Appearance, HasItsName)
@@ -97,7 +84,7 @@ TEST_P(EachAppearance, TextIsReadable)
     };
     for (const Group group : {QPalette::Active, QPalette::Inactive}) {
         for (const auto& [text, ground] : pairs)
-            EXPECT_GE(between(group, text, ground), 4.5) << group << ' ' << text << ' ' << ground;
+            EXPECT_GE(between(group, text, ground), ofText) << group << ' ' << text << ' ' << ground;
     }
 }
 
@@ -107,7 +94,7 @@ TEST_P(EachAppearance, DisabledTextIsStillLegible)
                                        {QPalette::Text, QPalette::Base},
                                        {QPalette::ButtonText, QPalette::Button},
                                        {QPalette::PlaceholderText, QPalette::Base}}) {
-        EXPECT_GE(between(QPalette::Disabled, text, ground), 3.0) << text;
+        EXPECT_GE(between(QPalette::Disabled, text, ground), ofDisabledText) << text;
         EXPECT_LT(between(QPalette::Disabled, text, ground), between(QPalette::Active, text, ground)) << text;
     }
 }
@@ -116,8 +103,8 @@ TEST_P(EachAppearance, FocusAndOutlinesStandOut)
 {
     for (const Group group : {QPalette::Active, QPalette::Inactive}) {
         for (const Role ground : {QPalette::Window, QPalette::Base, QPalette::Button}) {
-            EXPECT_GE(between(group, QPalette::Highlight, ground), 3.0) << group << ' ' << ground;
-            EXPECT_GE(between(group, QPalette::Dark, ground), 3.0) << group << ' ' << ground;
+            EXPECT_GE(between(group, QPalette::Highlight, ground), ofOutlines) << group << ' ' << ground;
+            EXPECT_GE(between(group, QPalette::Dark, ground), ofOutlines) << group << ' ' << ground;
         }
     }
 }
@@ -146,8 +133,23 @@ TEST_P(EachAppearance, BulbsStandOutAndDifferInShape)
     EXPECT_GT(painted[0], 2 * painted[1]);
 }
 
-INSTANTIATE_TEST_SUITE_P(Appearance, EachAppearance, testing::Bool(),
-                         [](const auto& test) { return test.param ? "dark" : "light"; });
+INSTANTIATE_TEST_SUITE_P(Appearance, EachAppearance, eachWantedAppearance(), nameOfWanted);
+
+TEST(Appearance, WithHighContrastIsBlackAndWhite)
+{
+    for (const bool dark : {false, true}) {
+        const Appearance appearance = desiredAppearanceObject(dark, Contrast::high);
+        EXPECT_EQ(appearance.name, desiredAppearanceObject(dark).name);
+        for (const Role role : {QPalette::Window, QPalette::Base, QPalette::Button})
+            EXPECT_EQ(appearance.palette.color(role), QColor(dark ? Qt::black : Qt::white));
+        EXPECT_EQ(contrastOf(appearance.palette), Contrast::high);
+        EXPECT_EQ(contrastOf(desiredAppearanceObject(dark).palette), Contrast::normal);
+    }
+    QPalette desktop(Qt::black, QColor(0xEF, 0xEF, 0xEF));
+    EXPECT_EQ(contrastOf(desktop), Contrast::normal);
+    desktop.setColor(QPalette::Window, Qt::black);
+    EXPECT_EQ(contrastOf(desktop), Contrast::normal);
+}
 
 TEST(Images, AreThereInTheSizesTheyAreShownIn)
 {

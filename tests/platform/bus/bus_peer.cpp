@@ -10,6 +10,7 @@
 //   number KEY VALUE           the same with a double
 //   fail NAME TEXT             every call is answered with this error from now on; an empty name ends that
 //   hold                       calls other than GetAll are not answered from now on
+//   setting KEY TYPE VALUE     what the settings portal tells of "NAMESPACE KEY"; "u" a number, "b" a Boolean
 //   listen NAME                tells of notifications of this name
 //
 // Seen: "GetAll INTERFACE", "call INTERFACE MEMBER SIGNATURE ARGUMENT...", and
@@ -62,7 +63,8 @@ public:
         : bus_(QDBusConnection::connectToBus(address, QStringLiteral("peer")))
     {
         for (const QString& path : {QStringLiteral("/com/tarnbrooksoftware/Application"),
-                                    QStringLiteral("/org/freedesktop/FileManager1")})
+                                    QStringLiteral("/org/freedesktop/FileManager1"),
+                                    QStringLiteral("/org/freedesktop/portal/desktop")})
             bus_.registerVirtualObject(path, this, QDBusConnection::SingleNode);
     }
 
@@ -81,6 +83,8 @@ public:
             return connection.send(message.createErrorReply(failure_, failureText_));
         if (asksAll)
             return connection.send(message.createReply(properties_));
+        if (message.member() == QStringLiteral("Read") && !holds_)
+            return connection.send(setting(message));
         return holds_ || connection.send(message.createReply());
     }
 
@@ -102,6 +106,10 @@ public:
             failure_ = first, failureText_ = second;
         else if (what == QStringLiteral("hold"))
             holds_ = true;
+        else if (what == QStringLiteral("setting"))
+            settings_.insert(first, second == QStringLiteral("b")
+                                        ? QVariant(command.value(3) == QStringLiteral("true"))
+                                        : QVariant(command.value(3).toUInt()));
         else if (what == QStringLiteral("listen"))
             bus_.connect({}, {}, QStringLiteral("com.tarnbrooksoftware.DistributedNotifications"),
                          QStringLiteral("Posted"), {first}, {}, this, SLOT(posted(QDBusMessage)));
@@ -135,7 +143,20 @@ public Q_SLOTS:
     }
 
 private:
+    [[nodiscard]] QDBusMessage setting(const QDBusMessage& question) const
+    {
+        const QVariant value = settings_.value(question.arguments().value(0).toString() + QLatin1Char(' ') +
+                                               question.arguments().value(1).toString());
+        if (!value.isValid())
+            return question.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotFound"),
+                                             QStringLiteral("Requested setting not found"));
+        // A variant in a variant, as portals have it.
+        return question.createReply(
+            QVariant::fromValue(QDBusVariant(QVariant::fromValue(QDBusVariant(value)))));
+    }
+
     QDBusConnection bus_;
+    QVariantMap settings_;
     QVariantMap properties_;
     QString failure_;
     QString failureText_;
