@@ -3,8 +3,8 @@
 
 #include "app/MainWindow.h"
 #include "tests/fakes/FakeTime.h"
+#include "tests/fakes/WaitUntil.h"
 #include "tests/window/Contrast.h"
-#include "tests/window/Waiting.h"
 #include "util/ConsoleView.h"
 
 #include <QApplication>
