@@ -37,6 +37,8 @@ class Socket
 public:
     explicit Socket(int descriptor) : descriptor_(descriptor) {}
     Socket(Socket&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
     Socket& operator=(Socket&&) = delete;
     ~Socket()
     {
