@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "platform/DesktopContrast.h"
 #include "platform/FileViewer.h"
 #include "platform/Log.h"
 #include "platform/NotificationCenter.h"

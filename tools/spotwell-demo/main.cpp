@@ -106,7 +106,8 @@ int main(int argc, char** argv)
     window.setWindowTitle(QStringLiteral("spotwell (demonstration)"));
     AppDelegate delegate({real.clock, real.mainQueue, real.makeSerialQueue, real.makeUrlSession, real.sockets,
                           real.notificationCenter, real.runningApplications, real.scriptRunner,
-                          real.fileViewer, settings, real.textConverter, real.process, real.log},
+                          real.fileViewer, real.desktopContrast, settings, real.textConverter, real.process,
+                          real.log},
                          window, logs.path(), options.feeds, QStringLiteral(SPOTWELL_VERSION));
     Picture picture(*window.statusLine, sources(options.feeds), options.screenshot);
     platform.onEnd([&] {
