@@ -204,7 +204,9 @@ public:
                             const QWidget* widget) const override
     {
         QProxyStyle::drawComplexControl(control, option, painter, widget);
-        if (control != CC_ScrollBar)
+        const auto* const bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+        // Where there is nothing to scroll the slider says nothing.
+        if (control != CC_ScrollBar || !bar || bar->minimum == bar->maximum)
             return;
         QStyleOption slider(*option);
         slider.rect = subControlRect(control, option, SC_ScrollBarSlider, widget);

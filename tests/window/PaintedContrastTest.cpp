@@ -144,6 +144,8 @@ TEST_P(PaintedContrastTest, ToolTipsAndTheQuestion)
 TEST_P(PaintedContrastTest, ScrollBarsShowWhereTheyAre)
 {
     QScrollBar* const bar = window.statusLine->horizontalScrollBar();
+    window.statusLine->setPlainText(QString(300, u'W'));
+    ASSERT_TRUE(waitUntil([&] { return bar->maximum() > 0; }));
     EXPECT_GE(of(bar, bar->rect()), 3.0);
     const QColor outline = window.palette().color(QPalette::Dark);
     const QImage picture = bar->grab().toImage();
