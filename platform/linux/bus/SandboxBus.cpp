@@ -147,26 +147,43 @@ int noteAnswer(sd_bus_message*, void* userdata, sd_bus_error*)
     return 0;
 }
 
-/// Until the proxy has learnt who owns the names that may be spoken to, it knows nobody by a unique name. It
-/// asks before this question goes to the bus.
-void waitForProxy(sd_bus* bus, GreetingClock::time_point deadline)
+/// Takes in what comes until `done()`; false at the deadline and when the connection is lost.
+template <typename Done>
+bool processUntil(sd_bus* bus, GreetingClock::time_point deadline, Done done)
 {
-    bool answered = false;
-    sd_bus_slot* question = nullptr;
-    if (sd_bus_call_method_async(bus, &question, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                 "org.freedesktop.DBus.Peer", "Ping", &noteAnswer, &answered, "") < 0)
-        return;
-    while (!answered && GreetingClock::now() < deadline) {
+    while (!done()) {
         const int result = sd_bus_process(bus, nullptr);
-        if (result < 0)
-            break; // which the next use of the connection finds
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - GreetingClock::now());
+        if (result < 0 || left <= 0ms)
+            return false; // a loss is found by the next use of the connection
         if (result == 0) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - GreetingClock::now());
             pollfd entry{sd_bus_get_fd(bus), static_cast<short>(std::max(sd_bus_get_events(bus), 0)), 0};
-            (void)::poll(&entry, 1, static_cast<int>(std::max(left, 0ms).count()));
+            (void)::poll(&entry, 1, static_cast<int>(left.count()));
         }
     }
-    sd_bus_slot_unref(question);
+    return true;
+}
+
+/// Until the proxy has learnt who owns the names that may be spoken to, it knows nobody by a unique name, and
+/// counts the answers to what was asked meanwhile wrong: these are lost. So nothing is asked until a question
+/// of no matter was answered.
+void waitForProxy(sd_bus* bus, GreetingClock::time_point deadline)
+{
+    constexpr auto betweenQuestions = 10ms;
+    if (!processUntil(bus, deadline, [bus] { return sd_bus_is_ready(bus) > 0; }))
+        return;
+    bool answered = false;
+    while (!answered && GreetingClock::now() < deadline) {
+        // The proxy begins with the bus's answer to the greeting, which it has passed on.
+        (void)processUntil(bus, GreetingClock::now() + betweenQuestions, [] { return false; });
+        sd_bus_slot* question = nullptr;
+        if (sd_bus_call_method_async(bus, &question, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                     "org.freedesktop.DBus.Peer", "Ping", &noteAnswer, &answered, "") < 0)
+            return;
+        (void)processUntil(bus, std::min(deadline, GreetingClock::now() + betweenQuestions),
+                           [&answered] { return answered; });
+        sd_bus_slot_unref(question);
+    }
 }
 
 } // namespace
