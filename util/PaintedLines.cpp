@@ -51,7 +51,7 @@ void PaintedLines::follow()
 {
     QWidget& viewport = *widget_.viewport();
     const std::optional<Line> place = lineInView(last_);
-    // Above the document's first line there is a margin, which may stand where a line that was cut has been.
+    // The margin above the document's first line may stand where a line that was cut has been.
     if (!place_ || !place || topLine() == 0) {
         viewport.update();
     } else {
@@ -74,7 +74,8 @@ std::optional<PaintedLines::Line> PaintedLines::lineInView(int number) const
 {
     const QTextDocument& document = *widget_.document();
     const int bottom = widget_.viewport()->height();
-    Line line{0, 0};
+    // Above the document's first line there is a margin.
+    Line line{topLine() == 0 ? qRound(document.documentMargin()) : 0, 0};
     for (QTextBlock block = document.findBlockByNumber(topLine()); block.isValid() && line.top < bottom;
          block = block.next()) {
         line.height = qRound(document.documentLayout()->blockBoundingRect(block).height());

@@ -149,6 +149,23 @@ TEST_F(PaintedLinesTest, ALineOfAConsoleThatIsNotFullIsPaintedAlone)
     expectTruth("one line");
 }
 
+TEST_F(PaintedLinesTest, LinesThatBecomeMoreThanTheViewHoldsAreFollowed)
+{
+    // Below the margin that only the first line has above it, and in views of any height.
+    for (int more = 0; more < lineHeight(); more += 4) {
+        view.removeStartLinesUntil(0);
+        window.resize(500, 300 + more);
+        show();
+        for (int line = 1; line <= 40; ++line) {
+            append(QString(80, u'x'));
+            show();
+            expectTruth(std::to_string(line) + " lines in " + std::to_string(more) + " more pixels");
+            if (HasFatalFailure())
+                return;
+        }
+    }
+}
+
 TEST_F(PaintedLinesTest, NothingBesideTheConsoleIsPainted)
 {
     fill();
