@@ -119,7 +119,7 @@ private:
 
     Platform platform_;
     MainWindow& window;
-    // depends-on: window
+    // depends-on: window, the desktop's contrast
     WindowColours colours_;
     const QString logDirectory_;
     // depends-on: window, the main queue

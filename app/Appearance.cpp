@@ -238,24 +238,34 @@ private:
     }
 };
 
+QString darkName()
+{
+    return QStringLiteral("NSAppearanceNameDarkAqua");
+}
+
+QString lightName()
+{
+    return QStringLiteral("NSAppearanceNameAqua");
+}
+
 } // namespace
 
 Appearance darkAppearnace()
 {
-    return {QStringLiteral("NSAppearanceNameDarkAqua"), makePalette(darkColours)};
+    return {darkName(), makePalette(darkColours)};
 }
 
 Appearance lightAppearnace()
 {
-    return {QStringLiteral("NSAppearanceNameAqua"), makePalette(lightColours)};
+    return {lightName(), makePalette(lightColours)};
 }
 
 Appearance desiredAppearanceObject(bool dark, Contrast contrast)
 {
-    Appearance appearance = dark ? darkAppearnace() : lightAppearnace();
-    if (contrast == Contrast::high)
-        appearance.palette = makePalette(dark ? darkHighContrast : lightHighContrast);
-    return appearance;
+    const bool high = contrast == Contrast::high;
+    if (dark)
+        return {darkName(), makePalette(high ? darkHighContrast : darkColours)};
+    return {lightName(), makePalette(high ? lightHighContrast : lightColours)};
 }
 
 Contrast contrastOf(const QPalette& desktop)

@@ -16,11 +16,12 @@ namespace
 {
 
 // What QApplication and its platforms take from the command line, with one dash or two.
-constexpr std::array<QStringView, 16> toolkitOptionsWithValue{
+constexpr std::array<QStringView, 17> toolkitOptionsWithValue{
     u"display", u"fontengine",      u"geometry",           u"icon",
     u"name",    u"platform",        u"platformpluginpath", u"platformtheme",
     u"plugin",  u"qwindowgeometry", u"qwindowicon",        u"qwindowtitle",
-    u"session", u"style",           u"stylesheet",         u"title"};
+    u"session", u"style",           u"stylesheet",         u"title",
+    u"visual"};
 constexpr std::array<QStringView, 5> toolkitSwitches{u"dograb", u"nograb", u"reverse", u"testability",
                                                      u"widgetcount"};
 
@@ -63,7 +64,7 @@ QString helpText()
         "  --help     show this text\n"
         "  --version  show the version\n"
         "\n"
-        "The options of Qt, such as -platform NAME and -style NAME, are taken, too.\n");
+        "The options of Qt, such as -platform NAME, are taken, too.\n");
 }
 
 } // namespace

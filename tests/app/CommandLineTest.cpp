@@ -33,7 +33,7 @@ TEST(CommandLineTest, leavesItsOwnOptionsToTheToolkit)
     for (const QString& option :
          {u"display"_s, u"fontengine"_s, u"geometry"_s, u"icon"_s, u"name"_s, u"platform"_s,
           u"platformpluginpath"_s, u"platformtheme"_s, u"plugin"_s, u"qwindowgeometry"_s, u"qwindowicon"_s,
-          u"qwindowtitle"_s, u"session"_s, u"style"_s, u"stylesheet"_s, u"title"_s}) {
+          u"qwindowtitle"_s, u"session"_s, u"style"_s, u"stylesheet"_s, u"title"_s, u"visual"_s}) {
         expectStart({u'-' + option, u"--version"_s});
         expectStart({u"--"_s + option, u"x"_s});
     }

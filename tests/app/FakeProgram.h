@@ -52,6 +52,7 @@ struct FakeProgram {
         mainQueue.note = note;
         sockets.note = note;
         applications.note = note;
+        desktopContrast.note = note;
         defaults.note = note;
         process.note = note;
         log.note = note;

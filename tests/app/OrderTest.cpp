@@ -71,6 +71,7 @@ TEST_F(OrderTest, TheStepsOfStartUp)
     expected += QStringLiteral("streams to dxc.example.org");
     expected += QStringLiteral("log Node:dxc.example.org Opened on Port:7300 istream status:[1] ostream "
                                "status:[1]");
+    expected += QStringLiteral("ask for the contrast");
     program.launch();
     EXPECT_EQ(program.journal, expected);
 }

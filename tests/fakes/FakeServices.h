@@ -103,8 +103,13 @@ public:
 class FakeDesktopContrast final : public DesktopContrast
 {
 public:
-    void ask(std::function<void(bool high)> answer) override { asked.push_back(std::move(answer)); }
+    void ask(std::function<void(bool high)> answer) override
+    {
+        note(QStringLiteral("ask for the contrast"));
+        asked.push_back(std::move(answer));
+    }
     std::vector<std::function<void(bool high)>> asked;
+    Note note = ignore;
 };
 
 /// A store in memory that also keeps the order of the writes.

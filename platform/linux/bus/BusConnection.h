@@ -66,7 +66,8 @@ public:
     BusConnection(SessionBus& bus, std::string description);
 
     /// Takes in what has arrived, then makes sure that there is a connection: begins one when there is none,
-    /// at most once a second. False when there is none now. Does not wait.
+    /// at most once a second. False when there is none now. Does not wait, but in a sandbox: there a quarter
+    /// of a second at most (SandboxBus.h).
     bool open();
     void close() { bus_.reset(); }
     /// The connection, for sending; null when there is none.

@@ -28,8 +28,8 @@ public:
     /// Where the session's own bus is; absent when nothing tells.
     [[nodiscard]] static std::optional<std::string> addressFromEnvironment();
 
-    /// Begins a private connection and returns at once, before the bus has answered. Null when there is no
-    /// bus.
+    /// Begins a private connection and returns at once, before the bus has answered, but in a sandbox
+    /// (SandboxBus.h). Null when there is no bus.
     sd_bus* connect(const char* description);
     /// To be told when a connection was accepted; `busId` is the one the bus gave.
     void accepted(const sd_id128_t& busId);

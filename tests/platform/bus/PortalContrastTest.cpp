@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -53,6 +54,17 @@ public:
 private:
     std::mutex mutex_;
     std::vector<Task> tasks_;
+};
+
+/// Keeps tasks until they are run.
+class HeldQueue final : public SerialQueue
+{
+public:
+    void async(Task task) override { tasks.push_back(std::move(task)); }
+    bool pause(Seconds) override { return false; }
+    [[nodiscard]] QString label() const override { return u"held"_s; }
+
+    std::vector<Task> tasks;
 };
 
 class PortalContrastTest : public testing::Test
@@ -125,6 +137,32 @@ TEST_F(PortalContrastTest, WithoutAPortalThereIsNoAnswer)
     EXPECT_EQ(ask(), std::nullopt);
     bus.kill();
     EXPECT_EQ(ask(), std::nullopt);
+}
+
+TEST_F(PortalContrastTest, APortalIsNotStarted)
+{
+    bus.kill();
+    const std::string started = bus.offer("org.freedesktop.portal.Desktop");
+    bus.start();
+    EXPECT_EQ(ask(), std::nullopt);
+    EXPECT_FALSE(std::filesystem::exists(started));
+}
+
+TEST_F(PortalContrastTest, AsksOnceAtATimeAndGivesAHungPortalUp)
+{
+    makePortal();
+    portal->command({u"hold"_s});
+    auto made = std::make_unique<HeldQueue>();
+    std::vector<Task>& tasks = made->tasks;
+    PortalContrast other(sessionBus, mainQueue, std::move(made), 1ms);
+    for (int times = 0; times < 3; ++times) {
+        other.ask([](bool) { ADD_FAILURE() << "answered"; });
+        other.ask([](bool) { ADD_FAILURE() << "asked twice"; });
+        ASSERT_EQ(tasks.size(), 1U);
+        tasks.front()();
+        tasks.clear();
+        mainQueue.run();
+    }
 }
 
 TEST_F(PortalContrastTest, EndsWhileThePortalHangs)

@@ -23,8 +23,8 @@ PrivateBus::PrivateBus(bool running, const std::string& denied)
         << "<!DOCTYPE busconfig PUBLIC '-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN' "
            "'http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd'>\n"
            "<busconfig><type>session</type><listen>"
-        << address_
-        << "</listen><auth>EXTERNAL</auth><policy context='default'>"
+        << address_ << "</listen><servicedir>" << directory_
+        << "</servicedir><auth>EXTERNAL</auth><policy context='default'>"
            "<allow user='*'/><allow send_destination='*' eavesdrop='true'/><allow eavesdrop='true'/>"
            "<allow own='*'/>"
         << denied
@@ -40,6 +40,14 @@ PrivateBus::~PrivateBus()
     kill();
     std::error_code ignored;
     std::filesystem::remove_all(directory_, ignored);
+}
+
+std::string PrivateBus::offer(const std::string& name)
+{
+    std::string mark = directory_ + "/" + name + ".started";
+    std::ofstream(directory_ + "/" + name + ".service")
+        << "[D-BUS Service]\nName=" << name << "\nExec=/bin/sh -c 'touch " << mark << "; exit 1'\n";
+    return mark;
 }
 
 void PrivateBus::start()

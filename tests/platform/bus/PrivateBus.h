@@ -22,6 +22,9 @@ public:
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
+    /// Has the bus know a program that takes this name when it is started, which fails; to be called before
+    /// start(). The file that is there once it was started.
+    std::string offer(const std::string& name);
     /// Starts it on the same address as ever and waits until it takes connections.
     void start();
     /// Ends it as a crash would.
