@@ -32,9 +32,9 @@ enum class Contrast { normal, high };
 [[nodiscard]] Appearance darkAppearnace();
 [[nodiscard]] Appearance lightAppearnace();
 
-/// The widget style made for these appearances: Qt's Fusion, with the outlines of boxes, fields, buttons and
-/// scroll bars' sliders in the palette's Dark role. Fusion alone derives them from the window's colour, too
-/// faint for the 3:1 that WCAG 2.1 (1.4.11) asks of them.
+/// The widget style made for these appearances: Qt's Fusion, with the outlines of boxes, fields, buttons,
+/// menus and scroll bars' sliders in the palette's Dark role. Fusion alone derives them from the window's
+/// colour, too faint for the 3:1 that WCAG 2.1 (1.4.11) asks of them.
 [[nodiscard]] std::unique_ptr<QStyle> makeStyle();
 
 } // namespace spotwell

@@ -30,8 +30,15 @@ constexpr int consoleColumns = 90;
 constexpr int initialHeight = 620;
 /// The window begins within a screen of 1024 x 768, with room for its frame and a desktop's panel.
 constexpr QSize largestInitialSize{1010, 680};
+/// What a desktop's frame takes as a rule.
+constexpr QSize frameRoom{14, 40};
 
 } // namespace
+
+QSize firstSize(const QSize& wanted, const QSize& available)
+{
+    return wanted.boundedTo(largestInitialSize).boundedTo(available - frameRoom);
+}
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
 {
@@ -90,16 +97,17 @@ void MainWindow::closeEvent(QCloseEvent* event)
 void MainWindow::describeConnection(bool isConnected)
 {
     connected->setText(isConnected ? tr("Co&nnected") : tr("Co&nnect"));
-    connected->setToolTip(isConnected ? tr("Connected to the DX cluster node; press to disconnect")
-                                      : tr("Not connected; press to connect to the DX cluster node"));
+    // Switched on it may still be opening, or opened again and again.
+    connected->setToolTip(isConnected ? tr("The connection to the DX cluster node is on; press to end it")
+                                      : tr("The connection to the DX cluster node is off; press to open it"));
 }
 
 void MainWindow::announceConnection(bool isConnected)
 {
     // Of what has the focus a screen reader tells each change by itself.
     if (!connected->hasFocus())
-        connectionNews_.announce(isConnected ? tr("Connected to the DX cluster")
-                                             : tr("Not connected to the DX cluster"));
+        connectionNews_.announce(isConnected ? tr("The DX cluster connection is on")
+                                             : tr("The DX cluster connection is off"));
 }
 
 void MainWindow::describeBulb(const QString& words)
@@ -129,9 +137,7 @@ QSize MainWindow::initialSize() const
     const QMargins margins = centralWidget()->layout()->contentsMargins();
     // One more pixel for the caret behind the last character.
     const int width = static_cast<int>(std::ceil(consoleWidth)) + margins.left() + margins.right() + 1;
-    return QSize(std::max(width, minimumSizeHint().width()), initialHeight)
-        .boundedTo(largestInitialSize)
-        .boundedTo(screen()->availableSize());
+    return firstSize({std::max(width, minimumSizeHint().width()), initialHeight}, screen()->availableSize());
 }
 
 } // namespace spotwell

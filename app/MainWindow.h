@@ -8,11 +8,16 @@
 #include "ui_MainWindow.h"
 
 #include <QMainWindow>
+#include <QSize>
 
 #include <functional>
 
 namespace spotwell
 {
+
+/// The size that the window begins with: the one `wanted`, as far as it has room with its frame where so much
+/// is `available`, and no larger than a small screen allows. In device-independent pixels.
+[[nodiscard]] QSize firstSize(const QSize& wanted, const QSize& available);
 
 /// The one window: fields and boxes for the feeds, the bulb, and the console below them.
 ///

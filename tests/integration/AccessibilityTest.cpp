@@ -150,8 +150,8 @@ TEST_F(AccessibilityTest, theConnectionsOpeningAndClosingIsAnnounced)
     settings[QStringLiteral("reconnect")] = QStringLiteral("false");
     home.writeSettings(settings);
     openToReader();
-    const QString opened = shown + QStringLiteral("Connected to the DX cluster");
-    const QString closed = shown + QStringLiteral("Not connected to the DX cluster");
+    const QString opened = shown + QStringLiteral("The DX cluster connection is on");
+    const QString closed = shown + QStringLiteral("The DX cluster connection is off");
     const QString on = QStringLiteral("StateChanged checked 1 ") + toggle;
     const QString off = QStringLiteral("StateChanged checked 0 ") + toggle;
     EXPECT_TRUE(reader->press(toggle));

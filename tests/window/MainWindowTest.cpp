@@ -215,6 +215,16 @@ TEST_F(MainWindowTest, FitsASmallScreenAndShowsAWholeSpot)
     EXPECT_LE(window.minimumSizeHint().height(), 300);
 }
 
+TEST(FirstSize, LeavesRoomForTheWindowsFrame)
+{
+    EXPECT_EQ(firstSize({966, 620}, {1920, 1080}), QSize(966, 620));
+    // A screen of 1920 x 1080 at 200 %.
+    EXPECT_EQ(firstSize({966, 620}, {960, 540}), QSize(946, 500));
+    EXPECT_EQ(firstSize({800, 620}, {814, 660}), QSize(800, 620));
+    EXPECT_EQ(firstSize({800, 620}, {813, 659}), QSize(799, 619));
+    EXPECT_EQ(firstSize({2000, 2000}, {3000, 3000}), QSize(1010, 680));
+}
+
 TEST_F(MainWindowTest, TheConsoleTakesWhatIsLeft)
 {
     showWindow();

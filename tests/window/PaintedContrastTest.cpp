@@ -7,9 +7,12 @@
 #include "tests/window/Contrast.h"
 #include "util/ConsoleView.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QHash>
 #include <QImage>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollBar>
@@ -17,6 +20,9 @@
 #include <QTextCursor>
 #include <QToolTip>
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
 
 namespace spotwell
 {
@@ -139,6 +145,42 @@ TEST_P(PaintedContrastTest, ToolTipsAndTheQuestion)
     (void)question.grab();
     EXPECT_GE(inside(quit), text);
     EXPECT_GE(inside(question.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))), text);
+}
+
+TEST_P(PaintedContrastTest, TheConsolesMenu)
+{
+    window.statusLine->setPlainText(QStringLiteral("some text"));
+    const QPoint place = window.statusLine->viewport()->rect().center();
+    QContextMenuEvent asked(QContextMenuEvent::Mouse, place, window.statusLine->mapToGlobal(place));
+    QApplication::sendEvent(window.statusLine->viewport(), &asked);
+    auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    const QColor outline = menu->palette().color(QPalette::Dark);
+    const QImage picture = menu->grab().toImage();
+    EXPECT_EQ(picture.pixelColor(0, picture.height() / 2), outline);
+    EXPECT_EQ(picture.pixelColor(picture.width() / 2, picture.height() - 1), outline);
+    EXPECT_GE(contrast(outline, window.statusLine->palette().color(QPalette::Base)), 3.0);
+
+    double leastEnabled = 21;
+    std::optional<double> disabled;
+    for (QAction* action : menu->actions()) {
+        if (action->isSeparator())
+            continue;
+        const QRect words = menu->actionGeometry(action).adjusted(5, 2, -5, -2);
+        const double read = of(menu, words);
+        if (action->isEnabled()) {
+            EXPECT_GE(read, text);
+            leastEnabled = std::min(leastEnabled, read);
+            menu->setActiveAction(action);
+            EXPECT_GE(of(menu, words), text) << "the current one";
+        } else {
+            disabled = read;
+        }
+    }
+    ASSERT_TRUE(disabled);
+    EXPECT_GE(*disabled, disabledText);
+    EXPECT_LT(*disabled, leastEnabled);
+    menu->close();
 }
 
 TEST_P(PaintedContrastTest, ScrollBarsShowWhereTheyAre)
