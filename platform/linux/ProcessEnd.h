@@ -3,13 +3,18 @@
 
 #pragma once
 
+#include <QtGlobal>
+
 #include <functional>
+
+class QString;
 
 namespace spotwell
 {
 
-/// Runs something once before the process ends: when the application is about to quit, or else when the
-/// process exits without having asked it, as Qt makes it do where the X server has gone. One for the process;
+/// Runs something once, on the main thread, before the process ends: when the application is about to quit,
+/// or else when the process exits without having asked it, as Qt makes it do where the X server has gone, or
+/// when Qt says that the Wayland compositor has gone, after which it exits at once. One for the process;
 /// needs a QCoreApplication that lives longer. Main thread.
 class ProcessEnd
 {
@@ -20,6 +25,8 @@ public:
     ProcessEnd& operator=(const ProcessEnd&) = delete;
 
 private:
+    static void takeMessage(QtMsgType type, const QMessageLogContext& context, const QString& message);
+    static void runOnMainThread();
     static void runOnce();
 
     std::function<void()> ending_;
