@@ -20,10 +20,10 @@ class WaylandTest : public ProgramTest
 protected:
     WaylandTest()
     {
-        compositor.emplace(
-            std::vector<std::string>{"weston", "--backend=headless-backend.so", "--shell=kiosk-shell.so",
-                                     "--no-config", "--socket=screen"},
-            std::vector<std::string>{"XDG_RUNTIME_DIR=" + directory_.path().toStdString()});
+        compositor.emplace(std::vector<std::string>{"weston", "--backend=headless-backend.so",
+                                                    "--shell=kiosk-shell.so", "--no-config",
+                                                    "--socket=screen"},
+                           std::vector<std::string>{"XDG_RUNTIME_DIR=" + directory_.path().toStdString()});
     }
     /// Starts the program there, connected, once the compositor takes connections.
     void startThere(const QString& more = u"LC_ALL=C.UTF-8"_s)
