@@ -4,13 +4,12 @@
 #include "platform/linux/ProcessEnd.h"
 
 #include <QCoreApplication>
-#include <QSemaphore>
 #include <QString>
 #include <QThread>
 
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <memory>
 #include <utility>
 
 namespace spotwell
@@ -19,10 +18,8 @@ namespace spotwell
 namespace
 {
 
-// An exit handler reaches nothing but the process itself.
-ProcessEnd* current = nullptr;
-// Where Qt's messages went before.
-QtMessageHandler messages = nullptr;
+// An exit handler reaches nothing but the process itself, and a message handler neither.
+std::atomic<ProcessEnd*> current = nullptr;
 
 /// How long the main thread may take for the ending when Qt exits on another.
 constexpr std::chrono::milliseconds longestEnding{500};
@@ -39,22 +36,26 @@ bool isCompositorGone(const QString& message)
 ProcessEnd::ProcessEnd(std::function<void()> ending) : ending_(std::move(ending))
 {
     QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &ProcessEnd::runOnce);
+    messages_ = qInstallMessageHandler(nullptr);
     current = this;
     (void)std::atexit(&ProcessEnd::runOnce);
-    messages = qInstallMessageHandler(&ProcessEnd::takeMessage);
+    qInstallMessageHandler(&ProcessEnd::takeMessage);
 }
 
 ProcessEnd::~ProcessEnd()
 {
-    qInstallMessageHandler(messages);
+    qInstallMessageHandler(messages_);
     current = nullptr;
 }
 
 void ProcessEnd::takeMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    messages(type, context, message);
+    ProcessEnd* const end = current;
+    if (!end)
+        return;
+    end->messages_(type, context, message);
     if (isCompositorGone(message))
-        runOnMainThread();
+        end->runOnMainThread();
 }
 
 void ProcessEnd::runOnMainThread()
@@ -64,18 +65,19 @@ void ProcessEnd::runOnMainThread()
         runOnce();
         return;
     }
-    const auto done = std::make_shared<QSemaphore>();
-    QMetaObject::invokeMethod(application, [done] {
-        runOnce();
-        done->release();
-    });
-    (void)done->tryAcquire(1, static_cast<int>(longestEnding.count()));
+    QMetaObject::invokeMethod(application, &ProcessEnd::runOnce);
+    // The main thread may hear of it meanwhile, too, and then waits for this one.
+    if (ended_.tryAcquire(1, static_cast<int>(longestEnding.count())))
+        ended_.release();
 }
 
 void ProcessEnd::runOnce()
 {
-    if (ProcessEnd* const end = std::exchange(current, nullptr))
-        end->ending_();
+    ProcessEnd* const end = current;
+    if (!end || std::exchange(end->hasBegun_, true))
+        return;
+    end->ending_();
+    end->ended_.release();
 }
 
 } // namespace spotwell

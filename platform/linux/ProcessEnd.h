@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QSemaphore>
 #include <QtGlobal>
 
 #include <functional>
@@ -26,10 +27,15 @@ public:
 
 private:
     static void takeMessage(QtMsgType type, const QMessageLogContext& context, const QString& message);
-    static void runOnMainThread();
     static void runOnce();
+    void runOnMainThread();
 
     std::function<void()> ending_;
+    bool hasBegun_ = false; // main thread
+    /// Free once the ending has run.
+    QSemaphore ended_;
+    /// Where Qt's messages went before.
+    QtMessageHandler messages_ = nullptr;
 };
 
 } // namespace spotwell
