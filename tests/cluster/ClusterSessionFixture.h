@@ -19,7 +19,7 @@ namespace spotwell
 inline constexpr int wholeBuffer = 16383;
 
 /// A cluster session on fakes.
-struct ClusterSessionTest : testing::Test {
+struct ClusterSessionFixture : testing::Test {
     FakeConnection& open()
     {
         session.openTelnetConnection();

@@ -19,7 +19,7 @@ QString overrun(int count)
 
 } // namespace
 
-using ClusterSessionReadTest = ClusterSessionTest;
+using ClusterSessionReadTest = ClusterSessionFixture;
 
 TEST_F(ClusterSessionReadTest, AReadOfNothingCloses)
 {

@@ -9,7 +9,7 @@
 namespace spotwell
 {
 
-using ClusterSessionStateTest = ClusterSessionTest;
+using ClusterSessionStateTest = ClusterSessionFixture;
 
 TEST_F(ClusterSessionStateTest, BeforeTheFirstConnectionThereIsNothing)
 {

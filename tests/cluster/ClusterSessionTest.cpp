@@ -31,6 +31,8 @@ TEST(ClusterPort, IsTheLeadingIntegerOr23)
         EXPECT_EQ(clusterPort(QString::fromLatin1(row.text)), row.port) << row.text;
 }
 
+using ClusterSessionTest = ClusterSessionFixture;
+
 TEST_F(ClusterSessionTest, OpensBothStreamsInputFirst)
 {
     FakeConnection& node = open();

@@ -19,7 +19,7 @@ const QString reconnecting = QStringLiteral("Attempting Reconnect with dxc.examp
 const QString loggedLineFeed = QStringLiteral("DXClusterController:sendTelnet:[1]characters:\n");
 
 /// A cluster session with both watchdogs, ticking each second as soon as it is told to.
-struct SupervisionTest : ClusterSessionTest {
+struct SupervisionTest : ClusterSessionFixture {
     /// Begins the two timers' seconds.
     void startTicking()
     {

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/integration/ScreenReader.h"
-#include "tests/integration/UserTest.h"
+#include "tests/integration/UserFixture.h"
 
 #include <algorithm>
 
@@ -15,7 +15,7 @@ namespace
 const QString focused = QStringLiteral("StateChanged focused 1 ");
 const QString shown = QStringLiteral("StateChanged showing 1 ");
 
-class AccessibilityTest : public UserTest
+class AccessibilityTest : public UserFixture
 {
 protected:
     /// Opens the program, which knows of the screen reader when this returns.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/WindowPing.h"
 
 namespace spotwell
@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 const QString loggerIsNotRunning = QStringLiteral("Logwright is not running");
 
 /// Faults of the session bus, with somebody who watches whether the window answers.
-class BusFaultTest : public ProgramTest
+class BusFaultTest : public ProgramFixture
 {
 protected:
     void startWithLogger()

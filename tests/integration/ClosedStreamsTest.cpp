@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/WindowPing.h"
 
 namespace spotwell
@@ -12,7 +12,7 @@ namespace
 using namespace Qt::StringLiterals;
 
 /// The streams that are closed when the program starts, as a shell writes it.
-class ClosedStreamsTest : public ProgramTest, public testing::WithParamInterface<const char*>
+class ClosedStreamsTest : public ProgramFixture, public testing::WithParamInterface<const char*>
 {
 protected:
     WindowPing ping;

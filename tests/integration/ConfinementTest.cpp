@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FeedsTest.h"
+#include "tests/integration/FeedsFixture.h"
 #include "tests/integration/UserInput.h"
 #include "tests/integration/VirtualScreen.h"
 #include "tests/integration/WindowPing.h"
@@ -22,12 +22,12 @@ using namespace Qt::StringLiterals;
 
 /// The shipped program as the service of an ordinary user, under systemd and confined by the shipped unit. On
 /// the same network as the feeds' tests.
-class ConfinementTest : public FeedsTest
+class ConfinementTest : public FeedsFixture
 {
 protected:
     void SetUp() override
     {
-        FeedsTest::SetUp();
+        FeedsFixture::SetUp();
         if (IsSkipped())
             return;
         ChildProcess manager({USER_MANAGER});
@@ -66,7 +66,7 @@ protected:
     }
     void TearDown() override
     {
-        FeedsTest::TearDown();
+        FeedsFixture::TearDown();
         if (HasFailure())
             std::cerr << "What came on its standard output:\n"
                       << content(u"output"_s).constData() << content(u"ended"_s).constData();

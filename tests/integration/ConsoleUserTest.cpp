@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/integration/ScreenReader.h"
-#include "tests/integration/UserTest.h"
+#include "tests/integration/UserFixture.h"
 
 namespace spotwell
 {
@@ -15,7 +15,7 @@ QString shownLine(int number)
 }
 
 /// What a user does with the console's text, and with the fields above it.
-class ConsoleUserTest : public UserTest
+class ConsoleUserTest : public UserFixture
 {
 protected:
     /// Opens the program; the node has said so many lines, and they are shown.

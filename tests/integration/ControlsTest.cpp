@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/integration/ScreenReader.h"
-#include "tests/integration/UserTest.h"
+#include "tests/integration/UserFixture.h"
 #include "tests/integration/WindowPing.h"
 
 #include <QFile>
@@ -47,7 +47,7 @@ constexpr std::array<Control, 14> controls{{{"dxcluster", "u", "DX cluster node"
                                             {"lgwtRunningButton", "g", "Logwright"},
                                             {"showDebugLogButton", "b", "Show debug log"}}};
 
-class ControlsTest : public UserTest, public testing::WithParamInterface<Way>
+class ControlsTest : public UserFixture, public testing::WithParamInterface<Way>
 {
 protected:
     /// Presses a button or switches a box.
@@ -225,7 +225,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, ControlsTest,
                          testing::Values(Way::mouse, Way::mnemonic, Way::tab, Way::reader),
                          testing::PrintToStringParamName());
 
-class DarkTest : public UserTest
+class DarkTest : public UserFixture
 {
 protected:
     WindowPing ping{screen.display()};

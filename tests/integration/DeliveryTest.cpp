@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/RunningSimulator.h"
 
 namespace spotwell
@@ -11,7 +11,7 @@ namespace
 
 const QString notRunning = QStringLiteral("Logwright is not running");
 
-class DeliveryTest : public ProgramTest
+class DeliveryTest : public ProgramFixture
 {
 protected:
     void startWithLogger(const QString& version)

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/XReplies.h"
 
 #include <QFileInfo>
@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 /// What a desktop finds the program's name and icon by: what the window says of itself and what the desktop
 /// entry says of the window.
-class DesktopEntryTest : public ProgramTest
+class DesktopEntryTest : public ProgramFixture
 {
 protected:
     DesktopEntryTest() : connection_(xcb_connect(nullptr, nullptr)) {}

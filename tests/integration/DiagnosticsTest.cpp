@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -16,7 +16,7 @@ namespace spotwell
 namespace
 {
 
-class DiagnosticsTest : public ProgramTest
+class DiagnosticsTest : public ProgramFixture
 {
 protected:
     static mode_t modeOf(const QString& path)

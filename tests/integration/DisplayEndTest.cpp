@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/VirtualScreen.h"
 
 #include <optional>
@@ -11,7 +11,7 @@ namespace spotwell
 namespace
 {
 
-class DisplayEndTest : public ProgramTest
+class DisplayEndTest : public ProgramFixture
 {
 protected:
     std::optional<VirtualScreen> screen{std::in_place};

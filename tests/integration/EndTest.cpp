@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 
 #include <csignal>
 
@@ -10,7 +10,7 @@ namespace spotwell
 namespace
 {
 
-class EndTest : public ProgramTest
+class EndTest : public ProgramFixture
 {
 protected:
     /// What the program has to save.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FeedsTest.h"
+#include "tests/integration/FeedsFixture.h"
 #include "tests/integration/SteppedClock.h"
 
 namespace spotwell
@@ -12,7 +12,7 @@ namespace
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-class FeedClockTest : public FeedsTest, public testing::WithParamInterface<std::chrono::hours>
+class FeedClockTest : public FeedsFixture, public testing::WithParamInterface<std::chrono::hours>
 {
 protected:
     /// Every service has answered, and nothing is under way.

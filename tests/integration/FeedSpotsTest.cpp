@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FeedsTest.h"
+#include "tests/integration/FeedsFixture.h"
 
 #include <atomic>
 #include <map>
@@ -32,7 +32,9 @@ QStringList fieldsOf(const QStringList& lines)
     return names;
 }
 
-TEST_F(FeedsTest, asksEachServiceByAPlainGet)
+using FeedSpotsTest = FeedsFixture;
+
+TEST_F(FeedSpotsTest, asksEachServiceByAPlainGet)
 {
     startFeeds();
     serve();
@@ -62,7 +64,7 @@ TEST_F(FeedsTest, asksEachServiceByAPlainGet)
             << request.address;
 }
 
-TEST_F(FeedsTest, postsWhatTheServicesTell)
+TEST_F(FeedSpotsTest, postsWhatTheServicesTell)
 {
     services.answer(potaAddress, answering("200 OK", R"([
         {"spotId":42,"spotter":"K2AAA","activator":"W1AW/P","reference":"US-0001","frequency":"14062.5",
@@ -125,7 +127,7 @@ TEST_F(FeedsTest, postsWhatTheServicesTell)
     EXPECT_EQ(spotsLeft(), 0);
 }
 
-TEST_F(FeedsTest, postsTenSpotsASecondTheOldestFirst)
+TEST_F(FeedSpotsTest, postsTenSpotsASecondTheOldestFirst)
 {
     constexpr int ofEach = 8;
     services.answer(potaAddress, held(answering("200 OK", potaAnswer(ofEach))));
@@ -153,7 +155,7 @@ TEST_F(FeedsTest, postsTenSpotsASecondTheOldestFirst)
     EXPECT_EQ(spotsLeft(), 0);
 }
 
-class OverlappingTest : public FeedsTest
+class OverlappingTest : public FeedsFixture
 {
 protected:
     using Count = std::shared_ptr<std::atomic<int>>;

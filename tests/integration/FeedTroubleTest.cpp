@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FeedsTest.h"
+#include "tests/integration/FeedsFixture.h"
 
 #include <ostream>
 
@@ -40,7 +40,7 @@ void PrintTo(const FalseIdentity& identity, std::ostream* out)
     *out << identity.name;
 }
 
-class FalseIdentityTest : public FeedsTest, public testing::WithParamInterface<FalseIdentity>
+class FalseIdentityTest : public FeedsFixture, public testing::WithParamInterface<FalseIdentity>
 {
 };
 
@@ -71,7 +71,9 @@ INSTANTIATE_TEST_SUITE_P(Tls, FalseIdentityTest,
                                          FalseIdentity{"expired", expiredCertificate, "expired"}),
                          [](const auto& identity) { return identity.param.name; });
 
-TEST_F(FeedsTest, goesWhereAServiceSendsItButNotFromTlsToPlainText)
+using FeedTroubleTest = FeedsFixture;
+
+TEST_F(FeedTroubleTest, goesWhereAServiceSendsItButNotFromTlsToPlainText)
 {
     const std::string moved = "http://www.dxsummit.fi/spots?all=1";
     const std::string plain = "http://www.wsprnet.org/pota";
@@ -105,7 +107,7 @@ void PrintTo(const Trouble& trouble, std::ostream* out)
     *out << trouble.name;
 }
 
-class TroubleTest : public FeedsTest, public testing::WithParamInterface<Trouble>
+class TroubleTest : public FeedsFixture, public testing::WithParamInterface<Trouble>
 {
 };
 
@@ -177,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(
                             callsUpTo(2, 'A')}),
     [](const auto& trouble) { return trouble.param.name; });
 
-TEST_F(FeedsTest, saysThatNamesAreNotFound)
+TEST_F(FeedTroubleTest, saysThatNamesAreNotFound)
 {
     startFeeds(allFeeds(), {}, {});
     for (const QString& line : {u"potaTimer:error:[Host api.pota.app not found]"_s,
@@ -186,7 +188,7 @@ TEST_F(FeedsTest, saysThatNamesAreNotFound)
         EXPECT_TRUE(logs(line)) << line.toStdString();
 }
 
-class FeedsEndTest : public FeedsTest
+class FeedsEndTest : public FeedsFixture
 {
 protected:
     void endInOrder()

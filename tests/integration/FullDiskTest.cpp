@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/UserTest.h"
+#include "tests/integration/UserFixture.h"
 #include "tests/integration/WindowPing.h"
 
 #include <QDir>
@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 
 /// The program with its settings and its log on a disk of their own, a small one that gets full. It is a
 /// tmpfs that the program's mount namespace alone has; the test reaches it by a descriptor.
-class FullDiskTest : public UserTest
+class FullDiskTest : public UserFixture
 {
 protected:
     void SetUp() override
@@ -33,7 +33,7 @@ protected:
     }
     void TearDown() override
     {
-        UserTest::TearDown();
+        UserFixture::TearDown();
         if (HasFailure())
             std::cerr << "What is on its disk:\n" << log().constData() << settings().constData();
         ::close(disk_);

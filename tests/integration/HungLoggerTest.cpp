@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/WindowPing.h"
 
 #include <QFile>
@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 /// An old logger that hangs in the middle of a script while the node goes on. A longer run, an hour's lines
 /// at a hundred a second, with the variable SPOTWELL_LONG_TESTS.
-class HungLoggerTest : public ProgramTest
+class HungLoggerTest : public ProgramFixture
 {
 protected:
     void SetUp() override
@@ -35,7 +35,7 @@ protected:
     void TearDown() override
     {
         logger->resume();
-        ProgramTest::TearDown();
+        ProgramFixture::TearDown();
     }
     /// How many bytes of the node's have come to the program, which has not read them.
     qint64 unread() const

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/UserTest.h"
+#include "tests/integration/UserFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -29,7 +29,7 @@ using namespace Qt::StringLiterals;
 using std::chrono::milliseconds;
 
 /// The settings are on a disk, where there is one: it takes longer to save there than in memory.
-class KillTest : public UserTest
+class KillTest : public UserFixture
 {
 protected:
     void SetUp() override

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FileFaultTest.h"
+#include "tests/integration/FileFaultFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -17,7 +17,7 @@ namespace spotwell
 namespace
 {
 
-class LogFaultsTest : public FileFaultTest
+class LogFaultsTest : public FileFaultFixture
 {
 protected:
     LogFaultsTest() { home.writeSettings(fullSettings()); }

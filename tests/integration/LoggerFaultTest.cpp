@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/WindowPing.h"
 
 namespace spotwell
@@ -12,7 +12,7 @@ namespace
 using namespace std::chrono_literals;
 
 /// A logger that is not as it should be, with somebody who watches whether the window answers.
-class LoggerFaultTest : public ProgramTest
+class LoggerFaultTest : public ProgramFixture
 {
 protected:
     static QStringList field(const char* command, const QString& first, const QString& second)

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/RunningSimulator.h"
 
 #include <QFile>
@@ -15,7 +15,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-class LoginTest : public ProgramTest
+class LoginTest : public ProgramFixture
 {
 protected:
     /// Waits until start-up is over, be there a connection or not.

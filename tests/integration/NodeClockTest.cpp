@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/NodeFault.h"
+#include "tests/integration/NodeFaultFixture.h"
 
 namespace spotwell
 {
@@ -14,7 +14,7 @@ const QString keepAlive = QStringLiteral("DXClusterController:sendTelnet:[1]char
 const QString waitedForLogin = QStringLiteral("Waited 120 seconds for login, giving up.");
 
 /// The rules of the supervision on the program's own timers, to the millisecond.
-class NodeClockTest : public NodeFault
+class NodeClockTest : public NodeFaultFixture
 {
 protected:
     static constexpr auto instant = 1ms;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/NodeFault.h"
+#include "tests/integration/NodeFaultFixture.h"
 
 #include <csignal>
 
@@ -26,7 +26,7 @@ void PrintTo(const Break& broken, std::ostream* out)
     *out << broken.name;
 }
 
-class BreakTest : public NodeFault, public testing::WithParamInterface<Break>
+class BreakTest : public NodeFaultFixture, public testing::WithParamInterface<Break>
 {
 protected:
     void come(Stage stage)
@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Node, BreakTest,
                                          Break{"endAfterTheLogin", Stage::loggedIn, false}),
                          [](const auto& broken) { return broken.param.name; });
 
-class TrickleTest : public NodeFault
+class TrickleTest : public NodeFaultFixture
 {
 protected:
     /// A byte, and what it is shown as; the time until the next one.
@@ -143,7 +143,9 @@ TEST_F(TrickleTest, aByteASecondKeepsALoggedInConnection)
     endInOrder();
 }
 
-TEST_F(NodeFault, aFloodEndsTheConnectionForGood)
+using NodeFaultTest = NodeFaultFixture;
+
+TEST_F(NodeFaultTest, aFloodEndsTheConnectionForGood)
 {
     openConnected();
     logIn();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/NodeFault.h"
+#include "tests/integration/NodeFaultFixture.h"
 
 #include <QFile>
 
@@ -75,7 +75,7 @@ private:
     bool works_ = false;
 };
 
-class NodeReachTest : public NodeFault
+class NodeReachTest : public NodeFaultFixture
 {
 protected:
     /// Starts the program, for which these are the addresses of the node's name.

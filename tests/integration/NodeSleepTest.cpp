@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/NodeFault.h"
+#include "tests/integration/NodeFaultFixture.h"
 
 #include <csignal>
 
@@ -13,7 +13,7 @@ namespace
 using namespace std::chrono_literals;
 
 /// The machine sleeps for thirteen minutes, in which a silent node would have been left.
-class NodeSleepTest : public NodeFault
+class NodeSleepTest : public NodeFaultFixture
 {
 protected:
     void fallAsleep()

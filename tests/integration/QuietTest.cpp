@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 
 namespace spotwell
 {
@@ -39,7 +39,7 @@ private:
     QStringList said_;
 };
 
-using QuietTest = ProgramTest;
+using QuietTest = ProgramFixture;
 
 TEST_F(QuietTest, saysNothingThatIsNotAskedFor)
 {

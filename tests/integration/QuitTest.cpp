@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/UserTest.h"
+#include "tests/integration/UserFixture.h"
 
 #include <csignal>
 
@@ -10,7 +10,7 @@ namespace spotwell
 namespace
 {
 
-class QuitTest : public UserTest
+class QuitTest : public UserFixture
 {
 protected:
     /// Tells the active window to close, as a desktop does.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/UserInput.h"
 #include "tests/integration/VirtualScreen.h"
 
@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 /// The shipped program with as much of the session bus as the Flatpak manifest asks for, behind the proxy
 /// that Flatpak puts there.
-class SandboxTest : public ProgramTest
+class SandboxTest : public ProgramFixture
 {
 protected:
     void SetUp() override

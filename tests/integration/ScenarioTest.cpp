@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/RunningSimulator.h"
 
 namespace spotwell
@@ -23,7 +23,7 @@ void PrintTo(const Scenario& scenario, std::ostream* out)
     *out << scenario.name;
 }
 
-class ScenarioTest : public ProgramTest
+class ScenarioTest : public ProgramFixture
 {
 protected:
     void startAt(const RunningSimulator& simulator)

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ClockTest.h"
+#include "tests/integration/ClockFixture.h"
 
 namespace spotwell
 {
@@ -10,7 +10,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-class SteppedClockTest : public ClockTest, public testing::WithParamInterface<std::chrono::seconds>
+class SteppedClockTest : public ClockFixture, public testing::WithParamInterface<std::chrono::seconds>
 {
 };
 

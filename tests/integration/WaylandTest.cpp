@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -15,7 +15,7 @@ namespace
 using namespace Qt::StringLiterals;
 
 /// The program where the desktop is a Wayland compositor that nobody sees.
-class WaylandTest : public ProgramTest
+class WaylandTest : public ProgramFixture
 {
 protected:
     WaylandTest()

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/integration/RunningSimulator.h"
-#include "tests/integration/WebFaultTest.h"
+#include "tests/integration/WebFaultFixture.h"
 
 #include <QFile>
 
@@ -51,7 +51,7 @@ LoopbackHttpServer::Handler oneByOne(const LoopbackHttpServer::Handler& handler)
     };
 }
 
-class WebFaultsTest : public WebFaultTest, public testing::WithParamInterface<WebFault>
+class WebFaultsTest : public WebFaultFixture, public testing::WithParamInterface<WebFault>
 {
 protected:
     LoopbackHttpServer::Handler faulty()

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 
 namespace spotwell
 {
@@ -10,7 +10,7 @@ namespace
 
 using namespace Qt::StringLiterals;
 
-using WebModuleFaultTest = ProgramTest;
+using WebModuleFaultTest = ProgramFixture;
 
 TEST_F(WebModuleFaultTest, aProgramWithoutItsModuleSaysSoAtEachPollAndServesTheNode)
 {

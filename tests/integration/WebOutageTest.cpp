@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/WebFaultTest.h"
+#include "tests/integration/WebFaultFixture.h"
 
 #include <ostream>
 
@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 
 /// What keeps a service from being spoken to at all.
-class WebOutageTest : public WebFaultTest
+class WebOutageTest : public WebFaultFixture
 {
 protected:
     /// All is well again, and the services are asked.

@@ -3,7 +3,7 @@
 
 #include "tests/integration/WindowPing.h"
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 
 namespace spotwell
 {
@@ -12,7 +12,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-using WindowPingTest = ProgramTest;
+using WindowPingTest = ProgramFixture;
 
 TEST_F(WindowPingTest, hearsTheWindowUnlessTheProgramHangs)
 {

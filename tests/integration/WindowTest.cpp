@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/VirtualScreen.h"
 
 #include <QProcess>
@@ -13,7 +13,7 @@ namespace spotwell
 namespace
 {
 
-class WindowTest : public ProgramTest
+class WindowTest : public ProgramFixture
 {
 protected:
     /// The window with the program's name as its title that is to be seen; empty when there is none.

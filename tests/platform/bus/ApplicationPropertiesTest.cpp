@@ -155,7 +155,7 @@ void claimOwner(const PrivateBus& bus, const QString& name)
               0);
 }
 
-using StrangersTest = ApplicationsTest;
+using StrangersTest = ApplicationsFixture;
 
 TEST_F(StrangersTest, AreNotBelievedAboutTheOwnersOfNames)
 {

@@ -19,7 +19,7 @@ namespace spotwell
 inline const QString logwrightName = QStringLiteral("com.tarnbrooksoftware.Application.Logwright");
 
 /// A bus of the test's own, and the applications on it as the adapter sees them.
-class ApplicationsTest : public testing::Test
+class ApplicationsFixture : public testing::Test
 {
 protected:
     void makeApplications(std::chrono::milliseconds limit, BusRunningApplications::Patience patience = {})

@@ -11,7 +11,7 @@ namespace
 
 using namespace Qt::Literals::StringLiterals;
 
-class BusRunningApplicationsTest : public ApplicationsTest
+class BusRunningApplicationsTest : public ApplicationsFixture
 {
 protected:
     void SetUp() override { makeApplications(generous); }

@@ -23,7 +23,7 @@ QString script(const QString& text)
     return u"Tell application \"Logwright\"\nprocessSpot \""_s + text + u"\"\nend tell\n"_s;
 }
 
-class BusScriptRunnerTest : public ApplicationsTest
+class BusScriptRunnerTest : public ApplicationsFixture
 {
 protected:
     void SetUp() override

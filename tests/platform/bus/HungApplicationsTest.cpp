@@ -14,7 +14,7 @@ namespace
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
-using HungApplicationsTest = ApplicationsTest;
+using HungApplicationsTest = ApplicationsFixture;
 
 /// What a busy machine may add to a wait of 250 ms.
 constexpr auto slack = 3s;

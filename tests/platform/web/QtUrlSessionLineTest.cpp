@@ -3,7 +3,7 @@
 
 #include "tests/fakes/Sanitizers.h"
 #include "tests/fakes/WaitUntil.h"
-#include "tests/platform/web/UrlSessionTesting.h"
+#include "tests/platform/web/UrlTransfers.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include "platform/linux/web/UrlTransfer.h"
 #include "tests/fakes/Sanitizers.h"
-#include "tests/platform/web/UrlSessionTesting.h"
+#include "tests/platform/web/UrlTransfers.h"
 
 #include <QNetworkAccessManager>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/platform/web/LoopbackIdentity.h"
-#include "tests/platform/web/UrlSessionTesting.h"
+#include "tests/platform/web/UrlTransfers.h"
 
 #include <QEventLoop>
 #include <QSocketNotifier>

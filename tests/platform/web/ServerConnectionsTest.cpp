@@ -4,7 +4,7 @@
 #include "platform/linux/web/ServerConnections.h"
 
 #include "tests/fakes/WaitUntil.h"
-#include "tests/platform/web/UrlSessionTesting.h"
+#include "tests/platform/web/UrlTransfers.h"
 
 #include <QUrl>
 #include <gtest/gtest.h>

@@ -1,14 +1,16 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/simulator/NodeHarness.h"
+#include "tests/tools/simulator/NodeFixture.h"
 
 namespace spotwell::simulator
 {
 namespace
 {
 
-TEST_F(NodeTest, asksForCallsignAndPassword)
+using NodeDialogueTest = NodeFixture;
+
+TEST_F(NodeDialogueTest, asksForCallsignAndPassword)
 {
     plays("send \"login: \"\nexpect \"N0CALL\\n\" after 0.03 within 10\n"
           "send \"password: \"\nexpect \"secret\\n\" after 0.05 within 10\nsend \"Hello\\r\\n\"\n"
@@ -27,7 +29,7 @@ TEST_F(NodeTest, asksForCallsignAndPassword)
     EXPECT_EQ(farewell(), u"client closed"_qs);
 }
 
-TEST_F(NodeTest, reportsWhatHappens)
+TEST_F(NodeDialogueTest, reportsWhatHappens)
 {
     plays("send \"login: \"\nexpect \"N0CALL\\n\"\nsend \"a\\nb\\n\"\n");
     ScriptedClient& client = connects();
@@ -64,7 +66,7 @@ TEST_F(NodeTest, reportsWhatHappens)
     EXPECT_EQ(events_[6][u"failed"].toInt(), 0);
 }
 
-TEST_F(NodeTest, failsWhenOtherTextComes)
+TEST_F(NodeDialogueTest, failsWhenOtherTextComes)
 {
     plays("send \"login: \"\nexpect \"N0CALL\\n\"\nsend \"never\"\n");
     ScriptedClient& client = connects();
@@ -78,7 +80,7 @@ TEST_F(NodeTest, failsWhenOtherTextComes)
     EXPECT_EQ(farewell(), u"node closed"_qs);
 }
 
-TEST_F(NodeTest, failsWhenTheAnswerComesTooEarly)
+TEST_F(NodeDialogueTest, failsWhenTheAnswerComesTooEarly)
 {
     plays("send \"login: \"\nexpect \"N0CALL\\n\" after 60 within 70\n");
     ScriptedClient& client = connects();
@@ -92,7 +94,7 @@ TEST_F(NodeTest, failsWhenTheAnswerComesTooEarly)
     EXPECT_TRUE(failure().endsWith(u" s after what was sent last, not to come before 60.000 s"_qs));
 }
 
-TEST_F(NodeTest, failsWhenNoAnswerComesInTime)
+TEST_F(NodeDialogueTest, failsWhenNoAnswerComesInTime)
 {
     plays("expect line within 60\nsend \"login: \"\nexpect \"N0CALL\\n\" after 0.01 within 0.05\n");
     ScriptedClient& client = connects();
@@ -104,7 +106,7 @@ TEST_F(NodeTest, failsWhenNoAnswerComesInTime)
     EXPECT_EQ(failure(), u"test.scenario:3 expect \"N0CALL\\n\": \"N0CA\" came within 0.050 s"_qs);
 }
 
-TEST_F(NodeTest, failsWhenAnAnswerThatWaitedWasLate)
+TEST_F(NodeDialogueTest, failsWhenAnAnswerThatWaitedWasLate)
 {
     plays("send \"login: \"\nexpect line within 60\nexpect \"N0CALL\\n\" after 0.01 within 0.05\n");
     ScriptedClient& client = connects();
@@ -118,7 +120,7 @@ TEST_F(NodeTest, failsWhenAnAnswerThatWaitedWasLate)
     EXPECT_TRUE(failure().endsWith(u" s, not within 0.050 s"_qs)) << qPrintable(failure());
 }
 
-TEST_F(NodeTest, countsFromItsOwnBeginningWithoutAfter)
+TEST_F(NodeDialogueTest, countsFromItsOwnBeginningWithoutAfter)
 {
     plays("send \"login: \"\nexpect line within 60\nexpect \"N0CALL\\n\" within 0.05\n");
     ScriptedClient& client = connects();
@@ -130,7 +132,7 @@ TEST_F(NodeTest, countsFromItsOwnBeginningWithoutAfter)
     EXPECT_EQ(passed(), 2) << qPrintable(failure());
 }
 
-TEST_F(NodeTest, failsWhenTheClientLeavesInsteadOfAnswering)
+TEST_F(NodeDialogueTest, failsWhenTheClientLeavesInsteadOfAnswering)
 {
     plays("send \"login: \"\nexpect \"N0CALL\\n\" within 60\n");
     ScriptedClient& client = connects();
@@ -141,7 +143,7 @@ TEST_F(NodeTest, failsWhenTheClientLeavesInsteadOfAnswering)
     EXPECT_EQ(farewell(), u"client closed"_qs);
 }
 
-TEST_F(NodeTest, takesTextInOrderWhateverThePackets)
+TEST_F(NodeDialogueTest, takesTextInOrderWhateverThePackets)
 {
     plays("send \"?\"\nexpect \"one\"\nexpect \"two\\n\"\nexpect line\nexpect \"end\\n\"\n");
     ScriptedClient& client = connects();
@@ -155,7 +157,7 @@ TEST_F(NodeTest, takesTextInOrderWhateverThePackets)
     EXPECT_EQ(passed(), 4);
 }
 
-TEST_F(NodeTest, checksThatNothingComes)
+TEST_F(NodeDialogueTest, checksThatNothingComes)
 {
     plays("session\nsend \"?\"\nexpect nothing for 0.05\nend\nsession\nsend \"?\"\nexpect nothing for "
           "60\nend\n");
@@ -182,7 +184,7 @@ TEST_F(NodeTest, checksThatNothingComes)
         << qPrintable(failure());
 }
 
-TEST_F(NodeTest, checksThatTheClientLeaves)
+TEST_F(NodeDialogueTest, checksThatTheClientLeaves)
 {
     plays("session\nexpect close within 60\nend\n"
           "session\nexpect close within 60 ignoring text\nend\n"
@@ -208,7 +210,7 @@ TEST_F(NodeTest, checksThatTheClientLeaves)
         << qPrintable(failure());
 }
 
-TEST_F(NodeTest, takesAResetForTheClientsEnd)
+TEST_F(NodeDialogueTest, takesAResetForTheClientsEnd)
 {
     plays("send \"?\"\nexpect close within 60\n");
     ScriptedClient& client = connects();
@@ -219,7 +221,7 @@ TEST_F(NodeTest, takesAResetForTheClientsEnd)
     EXPECT_EQ(farewell(), u"client reset"_qs);
 }
 
-TEST_F(NodeTest, halfClosesAndReadsOn)
+TEST_F(NodeDialogueTest, halfClosesAndReadsOn)
 {
     plays("send \"bye\\n\"\nhalf-close\nexpect \"quit\\n\"\nexpect close\n");
     ScriptedClient& client = connects();
@@ -231,7 +233,7 @@ TEST_F(NodeTest, halfClosesAndReadsOn)
     EXPECT_EQ(passed(), 2);
 }
 
-TEST_F(NodeTest, resets)
+TEST_F(NodeDialogueTest, resets)
 {
     plays("send \"bye\\n\"\nexpect line\nreset\n");
     ScriptedClient& client = connects();
@@ -242,7 +244,7 @@ TEST_F(NodeTest, resets)
     EXPECT_EQ(farewell(), u"node reset"_qs);
 }
 
-TEST_F(NodeTest, closesOrderlyAlthoughTheClientTalks)
+TEST_F(NodeDialogueTest, closesOrderlyAlthoughTheClientTalks)
 {
     plays("send \"all of this\"\nclose\n");
     ScriptedClient& client = connects();
@@ -257,7 +259,7 @@ TEST_F(NodeTest, closesOrderlyAlthoughTheClientTalks)
     EXPECT_EQ(farewell(), u"node closed"_qs);
 }
 
-TEST_F(NodeTest, doesNotWaitForeverForAClientsFarewell)
+TEST_F(NodeDialogueTest, doesNotWaitForeverForAClientsFarewell)
 {
     plays("send \"bye\"\n", ConnectionLimits{Seconds{30}, Seconds{0.05}, 1 << 16});
     ScriptedClient& client = connects();
@@ -267,7 +269,7 @@ TEST_F(NodeTest, doesNotWaitForeverForAClientsFarewell)
     EXPECT_EQ(farewell(), u"node closed"_qs);
 }
 
-TEST_F(NodeTest, staysSilentUntilTheClientLeaves)
+TEST_F(NodeDialogueTest, staysSilentUntilTheClientLeaves)
 {
     plays("send \"?\"\nstay silent\n");
     ScriptedClient& client = connects();
@@ -283,7 +285,7 @@ TEST_F(NodeTest, staysSilentUntilTheClientLeaves)
     EXPECT_EQ(failed(), 0);
 }
 
-TEST_F(NodeTest, staysSilentForAWhile)
+TEST_F(NodeDialogueTest, staysSilentForAWhile)
 {
     plays("stay silent for 0.03\nsend \"now\"\n");
     ScriptedClient& client = connects();
@@ -291,7 +293,7 @@ TEST_F(NodeTest, staysSilentForAWhile)
     client.hearsTheEnd();
 }
 
-TEST_F(NodeTest, repeats)
+TEST_F(NodeDialogueTest, repeats)
 {
     plays("repeat 3\nsend \"more? \"\nexpect \"yes\\n\"\nend\nsend \"done\"\n");
     ScriptedClient& client = connects();
@@ -305,7 +307,7 @@ TEST_F(NodeTest, repeats)
     EXPECT_EQ(passed(), 3);
 }
 
-TEST_F(NodeTest, repeatsUntilTheClientLeaves)
+TEST_F(NodeDialogueTest, repeatsUntilTheClientLeaves)
 {
     plays("repeat forever\nsend \"tick\\n\"\nwait 0.001\nend\nexpect close\n");
     ScriptedClient& client = connects();

@@ -1,14 +1,16 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/simulator/NodeHarness.h"
+#include "tests/tools/simulator/NodeFixture.h"
 
 namespace spotwell::simulator
 {
 namespace
 {
 
-TEST_F(NodeTest, givesEachConnectionItsSession)
+using NodeServerTest = NodeFixture;
+
+TEST_F(NodeServerTest, givesEachConnectionItsSession)
 {
     plays("session\nsend \"1\"\nend\nsession\nsend \"2\"\nend\notherwise\nsend \"3\"\nend\n");
     EXPECT_FALSE(node_->allPlayed());
@@ -24,7 +26,7 @@ TEST_F(NodeTest, givesEachConnectionItsSession)
     }
 }
 
-TEST_F(NodeTest, playsSeveralSessionsAtATime)
+TEST_F(NodeServerTest, playsSeveralSessionsAtATime)
 {
     plays("send \"name? \"\nexpect line within 60\nsend \"thanks\"\n");
     ScriptedClient& first = connects();
@@ -38,7 +40,7 @@ TEST_F(NodeTest, playsSeveralSessionsAtATime)
     first.hears("thanks");
 }
 
-TEST_F(NodeTest, letsFurtherClientsWait)
+TEST_F(NodeServerTest, letsFurtherClientsWait)
 {
     plays("send \"hi\"\nstay silent\n");
     for (std::size_t i = 0; i < NodeServer::mostConnections; ++i)
@@ -53,7 +55,7 @@ TEST_F(NodeTest, letsFurtherClientsWait)
     further.hears("hi");
 }
 
-TEST_F(NodeTest, stopsInTheMiddle)
+TEST_F(NodeServerTest, stopsInTheMiddle)
 {
     plays("send \"hi\"\nexpect \"never\" within 60\n");
     ScriptedClient& client = connects();
@@ -67,7 +69,7 @@ TEST_F(NodeTest, stopsInTheMiddle)
     EXPECT_EQ(events(u"done"_qs).size(), 1U);
 }
 
-TEST_F(NodeTest, saysWhyItCannotListen)
+TEST_F(NodeServerTest, saysWhyItCannotListen)
 {
     plays("wait 1\n");
     const std::uint16_t taken = node_->port();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/simulator/NodeHarness.h"
+#include "tests/tools/simulator/NodeFixture.h"
 
 namespace spotwell::simulator
 {
@@ -19,7 +19,9 @@ std::vector<int> numbers(const QByteArray& bytes)
     return found;
 }
 
-TEST_F(NodeTest, sendsTogetherWhatHasNoPauseInBetween)
+using NodeTrafficTest = NodeFixture;
+
+TEST_F(NodeTrafficTest, sendsTogetherWhatHasNoPauseInBetween)
 {
     plays("send \"banner\\r\\n\"\nsend \"more\\r\\n\"\nsend \"login: \"\nstay silent\n");
     ScriptedClient& client = connects();
@@ -28,7 +30,7 @@ TEST_F(NodeTest, sendsTogetherWhatHasNoPauseInBetween)
     waitsFor(u"sent"_qs, 3);
 }
 
-TEST_F(NodeTest, cutsALineByThePacket)
+TEST_F(NodeTrafficTest, cutsALineByThePacket)
 {
     plays("send \"DX de W3X\"\ncut 0.2\nsend \"YZ: rest\\r\\n\"\ncut\nsend \"next\\r\\n\"\n");
     ScriptedClient& client = connects();
@@ -41,7 +43,7 @@ TEST_F(NodeTest, cutsALineByThePacket)
     EXPECT_GE(sent[1][u"t"].toDouble() - sent[0][u"t"].toDouble(), 0.2);
 }
 
-TEST_F(NodeTest, cutsOnlyWhenEverythingHasArrived)
+TEST_F(NodeTrafficTest, cutsOnlyWhenEverythingHasArrived)
 {
     plays("repeat 4\nsend \"" + QByteArray(60'000, 'x') + "\"\nend\ncut 0\nsend \"y\"\n");
     ScriptedClient& client = connects(8192);
@@ -55,7 +57,7 @@ TEST_F(NodeTest, cutsOnlyWhenEverythingHasArrived)
     waitsFor(u"sent"_qs, 5);
 }
 
-TEST_F(NodeTest, sendsSpotsAtTheirRate)
+TEST_F(NodeTrafficTest, sendsSpotsAtTheirRate)
 {
     plays("spots 120 at 400\n");
     ScriptedClient& client = connects();
@@ -75,7 +77,7 @@ TEST_F(NodeTest, sendsSpotsAtTheirRate)
     EXPECT_GE(sent[0][u"t"].toDouble() - events(u"connect"_qs)[0][u"t"].toDouble(), 119.0 / 400.0);
 }
 
-TEST_F(NodeTest, catchesUpWhenTheClientWasSlow)
+TEST_F(NodeTrafficTest, catchesUpWhenTheClientWasSlow)
 {
     // Far more than the system buffers is due before the client begins to read.
     plays("spots 3000 at 3000 length 4096\n");
@@ -86,7 +88,7 @@ TEST_F(NodeTest, catchesUpWhenTheClientWasSlow)
     EXPECT_EQ(numbers(client.heard()).size(), 3000U);
 }
 
-TEST_F(NodeTest, numbersSpotsThroughASession)
+TEST_F(NodeTrafficTest, numbersSpotsThroughASession)
 {
     plays("spots 2 as fast as possible\nspots 2 at 1000 stamped\n");
     clock_.time = TimePoint{std::chrono::microseconds{1'795'229'915'901'176}};
@@ -96,7 +98,7 @@ TEST_F(NodeTest, numbersSpotsThroughASession)
     EXPECT_EQ(client.heard().split('\n')[3].mid(48, 16), "1795229915901176");
 }
 
-TEST_F(NodeTest, floodsWithoutHoardingWhenTheClientDoesNotRead)
+TEST_F(NodeTrafficTest, floodsWithoutHoardingWhenTheClientDoesNotRead)
 {
     constexpr qint64 size = 20'000'000;
     plays("flood 20000000\n");
@@ -120,7 +122,7 @@ TEST_F(NodeTest, floodsWithoutHoardingWhenTheClientDoesNotRead)
     EXPECT_LE(most, 64 * 80);
 }
 
-TEST_F(NodeTest, floodsWithExactlyTheBytesAskedFor)
+TEST_F(NodeTrafficTest, floodsWithExactlyTheBytesAskedFor)
 {
     plays("flood 161\nflood 100 in one line\n");
     ScriptedClient& client = connects();
@@ -128,7 +130,7 @@ TEST_F(NodeTest, floodsWithExactlyTheBytesAskedFor)
     client.hearsTheEnd();
 }
 
-TEST_F(NodeTest, boundsTheQueueOfRepeatedTexts)
+TEST_F(NodeTrafficTest, boundsTheQueueOfRepeatedTexts)
 {
     plays("repeat forever\nsend \"" + QByteArray(1000, 'x') + "\"\nend\n");
     ScriptedClient& client = connects(8192);
@@ -141,7 +143,7 @@ TEST_F(NodeTest, boundsTheQueueOfRepeatedTexts)
     ends();
 }
 
-TEST_F(NodeTest, givesUpOnAClientThatTakesNothing)
+TEST_F(NodeTrafficTest, givesUpOnAClientThatTakesNothing)
 {
     plays("flood 50000000\n", ConnectionLimits{Seconds{0.1}, Seconds{2}, 1 << 16});
     connects(8192);
@@ -150,7 +152,7 @@ TEST_F(NodeTest, givesUpOnAClientThatTakesNothing)
     EXPECT_EQ(farewell(), u"node reset"_qs);
 }
 
-TEST_F(NodeTest, givesUpOnAClientThatTalksWithoutEnd)
+TEST_F(NodeTrafficTest, givesUpOnAClientThatTalksWithoutEnd)
 {
     plays("send \"?\"\nwait 60\n", ConnectionLimits{Seconds{30}, Seconds{2}, 10'000});
     ScriptedClient& client = connects();
@@ -166,7 +168,7 @@ TEST_F(NodeTest, givesUpOnAClientThatTalksWithoutEnd)
               u"test.scenario:2 the client's text: more than 10000 bytes came that no statement expects"_qs);
 }
 
-TEST_F(NodeTest, stopsSendingToAClientThatLeft)
+TEST_F(NodeTrafficTest, stopsSendingToAClientThatLeft)
 {
     plays("spots 9000000 at 1000\nflood 10000000000\nwait 3600\nexpect close\n");
     ScriptedClient& client = connects();
@@ -177,7 +179,7 @@ TEST_F(NodeTest, stopsSendingToAClientThatLeft)
     EXPECT_EQ(failed(), 0);
 }
 
-TEST_F(NodeTest, reportsProgressEverySecond)
+TEST_F(NodeTrafficTest, reportsProgressEverySecond)
 {
     // Half a second before and behind the one report.
     plays("spots 75 at 50\n");

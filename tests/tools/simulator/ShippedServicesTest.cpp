@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/simulator/WebHarness.h"
+#include "tests/tools/simulator/WebFixture.h"
 
 #include <QJsonArray>
 
@@ -11,7 +11,7 @@ namespace
 {
 
 /// Plays the shipped web scenarios to a client that asks as the services' clients do.
-class ShippedServices : public WebTest
+class ShippedServices : public WebFixture
 {
 protected:
     void servesShipped(const QString& name, const Variables& given = {})

@@ -1,14 +1,16 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/simulator/WebHarness.h"
+#include "tests/tools/simulator/WebFixture.h"
 
 namespace spotwell::simulator
 {
 namespace
 {
 
-TEST_F(WebTest, givesEachRequestItsAnswer)
+using WebDialogueTest = WebFixture;
+
+TEST_F(WebDialogueTest, givesEachRequestItsAnswer)
 {
     serves("service http\nanswer\nbody \"1\"\nend\nanswer\nbody \"2\"\nend\notherwise\nbody \"3\"\nend\n");
     EXPECT_FALSE(node_->allPlayed());
@@ -27,7 +29,7 @@ TEST_F(WebTest, givesEachRequestItsAnswer)
     EXPECT_EQ(progress_, 4);
 }
 
-TEST_F(WebTest, repeatsTheLastAnswer)
+TEST_F(WebDialogueTest, repeatsTheLastAnswer)
 {
     serves("service http\nanswer\nbody \"1\"\nend\nanswer\nbody \"2\"\nend\n");
     ScriptedClient& client = connects();
@@ -37,7 +39,7 @@ TEST_F(WebTest, repeatsTheLastAnswer)
     }
 }
 
-TEST_F(WebTest, answersAFileWithoutBlocksEveryTime)
+TEST_F(WebDialogueTest, answersAFileWithoutBlocksEveryTime)
 {
     serves("service http\nbody \"a\" \"b\"\nbody latin1 \"\xC3\xBC\"\n");
     ScriptedClient& client = connects();
@@ -47,7 +49,7 @@ TEST_F(WebTest, answersAFileWithoutBlocksEveryTime)
     }
 }
 
-TEST_F(WebTest, saysNothingButOkByDefault)
+TEST_F(WebDialogueTest, saysNothingButOkByDefault)
 {
     serves("service http\nanswer\nend\n");
     ScriptedClient& client = connects();
@@ -55,7 +57,7 @@ TEST_F(WebTest, saysNothingButOkByDefault)
     client.hears(ok(0));
 }
 
-TEST_F(WebTest, reportsWhatHappens)
+TEST_F(WebDialogueTest, reportsWhatHappens)
 {
     serves("service http\nexpect request \"GET /a\"\nbody \"x\"\n");
     ScriptedClient& client = connects();
@@ -78,7 +80,7 @@ TEST_F(WebTest, reportsWhatHappens)
     EXPECT_FALSE(events_[5].contains(u"why"));
 }
 
-TEST_F(WebTest, checksTheRequest)
+TEST_F(WebDialogueTest, checksTheRequest)
 {
     const struct {
         QByteArray check;
@@ -116,7 +118,7 @@ TEST_F(WebTest, checksTheRequest)
     }
 }
 
-TEST_F(WebTest, answersRequestsThatCameEarlyInTheirTurn)
+TEST_F(WebDialogueTest, answersRequestsThatCameEarlyInTheirTurn)
 {
     serves("service http\nanswer\nwait 0.05\nbody \"1\"\nend\nanswer\nbody \"2\"\nend\n");
     ScriptedClient& client = connects();
@@ -126,7 +128,7 @@ TEST_F(WebTest, answersRequestsThatCameEarlyInTheirTurn)
     client.hears(ok(1) + "2");
 }
 
-TEST_F(WebTest, takesRequestsByteByByteAndWithBodies)
+TEST_F(WebDialogueTest, takesRequestsByteByByteAndWithBodies)
 {
     serves("service http\nbody \"x\"\n");
     ScriptedClient& client = connects();
@@ -138,7 +140,7 @@ TEST_F(WebTest, takesRequestsByteByByteAndWithBodies)
     EXPECT_TRUE(events(u"received"_qs)[0][u"text"].toString().endsWith(u"Content-Length: 5\\n\\n12345"_qs));
 }
 
-TEST_F(WebTest, closesWhenTheClientAsksForIt)
+TEST_F(WebDialogueTest, closesWhenTheClientAsksForIt)
 {
     serves("service http\nbody \"x\"\n");
     for (const QByteArray& request :
@@ -150,7 +152,7 @@ TEST_F(WebTest, closesWhenTheClientAsksForIt)
     }
 }
 
-TEST_F(WebTest, sendsNoBodyToHead)
+TEST_F(WebDialogueTest, sendsNoBodyToHead)
 {
     serves("service http\nbody \"xyz\"\n");
     ScriptedClient& client = connects();
@@ -160,7 +162,7 @@ TEST_F(WebTest, sendsNoBodyToHead)
     client.hears(ok(3) + "xyz");
 }
 
-TEST_F(WebTest, takesTheLongestRequests)
+TEST_F(WebDialogueTest, takesTheLongestRequests)
 {
     serves("service http\nbody \"x\"\n");
     ScriptedClient& client = connects();
@@ -169,7 +171,7 @@ TEST_F(WebTest, takesTheLongestRequests)
     client.hears(ok(1) + "x");
 }
 
-TEST_F(WebTest, refusesMalformedRequests)
+TEST_F(WebDialogueTest, refusesMalformedRequests)
 {
     const QByteArray manyHeaders = "GET / HTTP/1.1\r\nHost: a\r\n" + QByteArray{"A: b\r\n"}.repeated(3000);
     const struct {
@@ -211,7 +213,7 @@ TEST_F(WebTest, refusesMalformedRequests)
     EXPECT_EQ(events(u"received"_qs)[0][u"request"].toInt(), 1);
 }
 
-TEST_F(WebTest, noticesAClientThatLeavesInTheMiddleOfARequest)
+TEST_F(WebDialogueTest, noticesAClientThatLeavesInTheMiddleOfARequest)
 {
     serves("service http\nbody \"x\"\n");
     ScriptedClient& client = connects();
@@ -222,7 +224,7 @@ TEST_F(WebTest, noticesAClientThatLeavesInTheMiddleOfARequest)
     EXPECT_EQ(farewell(), u"client closed"_qs);
 }
 
-TEST_F(WebTest, boundsWhatWaitsForAnAnswer)
+TEST_F(WebDialogueTest, boundsWhatWaitsForAnAnswer)
 {
     serves("service http\nwait 60\n");
     ScriptedClient& client = connects();
@@ -233,7 +235,7 @@ TEST_F(WebTest, boundsWhatWaitsForAnAnswer)
               u"test.scenario:2 the client's requests: more than 65536 bytes wait for an answer"_qs);
 }
 
-TEST_F(WebTest, letsFurtherClientsWait)
+TEST_F(WebDialogueTest, letsFurtherClientsWait)
 {
     serves("service http\nbody \"x\"\n");
     for (std::size_t i = 0; i < Server::mostConnections; ++i) {
@@ -252,7 +254,7 @@ TEST_F(WebTest, letsFurtherClientsWait)
     further.hears(ok(1) + "x");
 }
 
-TEST_F(WebTest, stopsInTheMiddle)
+TEST_F(WebDialogueTest, stopsInTheMiddle)
 {
     serves("service http\nbody \"x\"\ndrip 1\n");
     ScriptedClient& client = connects();

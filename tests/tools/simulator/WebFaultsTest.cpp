@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/simulator/WebHarness.h"
+#include "tests/tools/simulator/WebFixture.h"
 
 #include <QProcess>
 
@@ -38,7 +38,9 @@ QByteArray unchunked(QByteArray bytes)
     return body;
 }
 
-TEST_F(WebTest, saysStatusAndHeaders)
+using WebFaultsTest = WebFixture;
+
+TEST_F(WebFaultsTest, saysStatusAndHeaders)
 {
     serves("service http\nanswer\nstatus 500\nheader X-A \"1\"\nheader Content-Type \"text/html\"\n"
            "body \"<p>\"\nend\nanswer\nstatus 503 \"Too busy\"\nend\nanswer\nstatus 418\nend\n"
@@ -58,7 +60,7 @@ TEST_F(WebTest, saysStatusAndHeaders)
     }
 }
 
-TEST_F(WebTest, waitsInFrontOfTheHeadAndInsideOfTheBody)
+TEST_F(WebFaultsTest, waitsInFrontOfTheHeadAndInsideOfTheBody)
 {
     serves("service http\nwait 0.05\nbody \"ab\"\nwait 0.5\nbody \"c\"\n");
     ScriptedClient& client = connects();
@@ -72,7 +74,7 @@ TEST_F(WebTest, waitsInFrontOfTheHeadAndInsideOfTheBody)
     EXPECT_GE(Moment::clock::now() - start, std::chrono::milliseconds{550});
 }
 
-TEST_F(WebTest, dripsTheBodyOnly)
+TEST_F(WebFaultsTest, dripsTheBodyOnly)
 {
     serves("service http\nbody \"0123456789\"\ndrip 100\n");
     ScriptedClient& client = connects();
@@ -84,7 +86,7 @@ TEST_F(WebTest, dripsTheBodyOnly)
     EXPECT_GE(client.reads.size(), 2U);
 }
 
-TEST_F(WebTest, dripsAFirstByteAtOnce)
+TEST_F(WebFaultsTest, dripsAFirstByteAtOnce)
 {
     serves("service http\nbody \"ab\"\ndrip 0.01\n");
     ScriptedClient& client = connects();
@@ -96,7 +98,7 @@ TEST_F(WebTest, dripsAFirstByteAtOnce)
     EXPECT_TRUE(client.heard().isEmpty());
 }
 
-TEST_F(WebTest, cutsTheBodyIntoChunks)
+TEST_F(WebFaultsTest, cutsTheBodyIntoChunks)
 {
     serves("service http\nchunked 4\nbody \"0123456789\"\nfiller 5\n");
     ScriptedClient& client = connects();
@@ -107,7 +109,7 @@ TEST_F(WebTest, cutsTheBodyIntoChunks)
     client.hears(ok(15).chopped(2) + "Connection: close\r\n\r\n0123456789Flood");
 }
 
-TEST_F(WebTest, gzipsTheBody)
+TEST_F(WebFaultsTest, gzipsTheBody)
 {
     serves("service http\nwait 0.01\nbody \"abc\"\nfiller 100000\nbody \"xyz\"\nwait 0.01\ngzip\n");
     const QByteArray answer = fetch();
@@ -120,14 +122,14 @@ TEST_F(WebTest, gzipsTheBody)
     EXPECT_TRUE(body.startsWith("abcFlood ") && body.endsWith("xyz"));
 }
 
-TEST_F(WebTest, gzipsAnEmptyBodyAndChunksWhatItGzipped)
+TEST_F(WebFaultsTest, gzipsAnEmptyBodyAndChunksWhatItGzipped)
 {
     serves("service http\nanswer\ngzip\nend\nanswer\ngzip\nchunked 7\nwsprnet 3\nend\n");
     EXPECT_EQ(unzipped(fetchBody()), QByteArray{});
     EXPECT_EQ(unzipped(unchunked(fetchBody())).count("\n<tr><td>"), 3);
 }
 
-TEST_F(WebTest, truncatesWhatItAnnounced)
+TEST_F(WebFaultsTest, truncatesWhatItAnnounced)
 {
     serves("service http\nanswer\nbody \"01234\"\nbody \"56789\"\ntruncate 7\nend\n"
            "answer\nbody \"0123\"\ntruncate 100\nend\nanswer\nchunked\nbody \"0123\"\ntruncate 1\nend\n"
@@ -143,7 +145,7 @@ TEST_F(WebTest, truncatesWhatItAnnounced)
     }
 }
 
-TEST_F(WebTest, closesAfterAnAnswerAndSaysSo)
+TEST_F(WebFaultsTest, closesAfterAnAnswerAndSaysSo)
 {
     serves("service http\nbody \"x\"\nclose\n");
     ScriptedClient& client = connects();
@@ -155,7 +157,7 @@ TEST_F(WebTest, closesAfterAnAnswerAndSaysSo)
     EXPECT_EQ(farewell(), u"service closed"_qs);
 }
 
-TEST_F(WebTest, closesWithoutAnAnswer)
+TEST_F(WebFaultsTest, closesWithoutAnAnswer)
 {
     serves("service http\nclose\n");
     ScriptedClient& client = connects();
@@ -165,7 +167,7 @@ TEST_F(WebTest, closesWithoutAnAnswer)
     EXPECT_TRUE(node_->allPlayed());
 }
 
-TEST_F(WebTest, resetsWithoutAnAnswerOrInTheMiddleOfIt)
+TEST_F(WebFaultsTest, resetsWithoutAnAnswerOrInTheMiddleOfIt)
 {
     serves("service http\nanswer\nreset\nend\nanswer\nbody \"0123\"\ntruncate 2\nwait 0.2\nreset\nend\n");
     ScriptedClient& first = connects();
@@ -179,7 +181,7 @@ TEST_F(WebTest, resetsWithoutAnAnswerOrInTheMiddleOfIt)
     EXPECT_EQ(farewell(), u"service reset"_qs);
 }
 
-TEST_F(WebTest, staysSilentUntilTheClientLeaves)
+TEST_F(WebFaultsTest, staysSilentUntilTheClientLeaves)
 {
     serves("service http\nbody \"x\"\ntruncate 1\nstay silent\n");
     ScriptedClient& client = connects();
@@ -195,7 +197,7 @@ TEST_F(WebTest, staysSilentUntilTheClientLeaves)
     EXPECT_EQ(farewell().left(6), u"client"_qs);
 }
 
-TEST_F(WebTest, staysSilentForATime)
+TEST_F(WebFaultsTest, staysSilentForATime)
 {
     serves("service http\nstay silent for 0.05\n");
     ScriptedClient& client = connects();
@@ -205,7 +207,7 @@ TEST_F(WebTest, staysSilentForATime)
     EXPECT_GE(Moment::clock::now() - start, std::chrono::milliseconds{50});
 }
 
-TEST_F(WebTest, sendsFillerWithoutHoardingWhenTheClientDoesNotRead)
+TEST_F(WebFaultsTest, sendsFillerWithoutHoardingWhenTheClientDoesNotRead)
 {
     constexpr qint64 size = 20'000'000;
     serves("service http\nfiller 20000000\n");
@@ -228,7 +230,7 @@ TEST_F(WebTest, sendsFillerWithoutHoardingWhenTheClientDoesNotRead)
     EXPECT_LE(most, 65'536 + 5'120);
 }
 
-TEST_F(WebTest, resetsAClientThatTakesNothing)
+TEST_F(WebFaultsTest, resetsAClientThatTakesNothing)
 {
     serves("service http\nfiller 50000000\n", {Seconds{0.1}, Seconds{2}, 1 << 16});
     ScriptedClient& client = connects(8192);
@@ -238,7 +240,7 @@ TEST_F(WebTest, resetsAClientThatTakesNothing)
     EXPECT_EQ(farewell(), u"service reset"_qs);
 }
 
-TEST_F(WebTest, goesOnWhenTheClientLeavesInTheMiddleOfAnAnswer)
+TEST_F(WebFaultsTest, goesOnWhenTheClientLeavesInTheMiddleOfAnAnswer)
 {
     serves("service http\nanswer\nbody \"0123\"\ndrip 1\nend\nanswer\nbody \"x\"\nend\n");
     ScriptedClient& client = connects();

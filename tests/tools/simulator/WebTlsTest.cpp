@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/platform/web/LoopbackIdentity.h"
-#include "tests/tools/simulator/WebHarness.h"
+#include "tests/tools/simulator/WebFixture.h"
 #include "tools/spotwell-simulator/TlsSocket.h"
 
 #include <QFile>
@@ -15,7 +15,7 @@ namespace
 {
 
 /// A service that speaks TLS, and a client that believes its certificate.
-class WebTlsTest : public WebTest
+class WebTlsTest : public WebFixture
 {
 protected:
     WebTlsTest()

@@ -3,7 +3,7 @@
 
 #include "tests/fakes/WaitUntil.h"
 #include "tests/integration/RunningProgram.h"
-#include "tests/tools/bridge/clients/ClientsTest.h"
+#include "tests/tools/bridge/clients/ClientsFixture.h"
 #include "tests/tools/bridge/clients/ForeignProgram.h"
 
 #include <csignal>
@@ -21,7 +21,7 @@ const QString lastLine =
 const QString spotCall = QStringLiteral("9A/OE1XYZ");
 
 /// spotwell itself, connected by mistake to the node that gets its spots from it; and another client there.
-class LoopTest : public ClientsTest
+class LoopTest : public ClientsFixture
 {
 protected:
     LoopTest()
@@ -43,7 +43,7 @@ protected:
         EXPECT_TRUE(spotwell->end(SIGTERM)) << "no orderly end";
         if (HasFailure())
             std::cerr << "What spotwell wrote:\n" << home.log().constData();
-        ClientsTest::TearDown();
+        ClientsFixture::TearDown();
     }
 
     void postSpot() const

@@ -4,7 +4,7 @@
 #include "tests/tools/bridge/clients/Tlf.h"
 
 #include "tests/fakes/WaitUntil.h"
-#include "tests/tools/bridge/clients/ClientsTest.h"
+#include "tests/tools/bridge/clients/ClientsFixture.h"
 #include "tests/tools/bridge/clients/FourFeeds.h"
 
 #include <QDir>
@@ -19,7 +19,7 @@ namespace spotwell::bridge
 namespace
 {
 
-class TlfTest : public ClientsTest
+class TlfTest : public ClientsFixture
 {
 protected:
     /// Whether its screen shows something of this form.

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/fakes/WaitUntil.h"
-#include "tests/tools/bridge/clients/ClientsTest.h"
+#include "tests/tools/bridge/clients/ClientsFixture.h"
 #include "tests/tools/bridge/clients/ForeignProgram.h"
 
 #include <QRegularExpression>
@@ -31,7 +31,7 @@ QString masked(const std::string& line)
 }
 
 /// A plain connection by netcat.
-class TranscriptTest : public ClientsTest
+class TranscriptTest : public ClientsFixture
 {
 protected:
     [[nodiscard]] ChildProcess netcat() const

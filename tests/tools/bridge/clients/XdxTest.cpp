@@ -4,7 +4,7 @@
 #include "tests/tools/bridge/clients/Xdx.h"
 
 #include "tests/fakes/WaitUntil.h"
-#include "tests/tools/bridge/clients/ClientsTest.h"
+#include "tests/tools/bridge/clients/ClientsFixture.h"
 #include "tests/tools/bridge/clients/FourFeeds.h"
 
 #include <set>
@@ -15,7 +15,7 @@ namespace spotwell::bridge
 namespace
 {
 
-using XdxTest = ClientsTest;
+using XdxTest = ClientsFixture;
 
 /// How a radio is told a frequency given in kHz with one decimal.
 QString inHertz(QString kilohertz)

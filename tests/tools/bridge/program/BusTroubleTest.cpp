@@ -3,7 +3,7 @@
 
 #include "platform/linux/bus/BusScriptRunner.h"
 #include "tests/fakes/Sanitizers.h"
-#include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/BridgeFixture.h"
 #include "tests/tools/bridge/program/TelnetClient.h"
 
 #include <csignal>
@@ -17,7 +17,7 @@ namespace
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
-using BusTroubleTest = BridgeProcess;
+using BusTroubleTest = BridgeFixture;
 
 /// How long the process takes to end once it is told to.
 std::chrono::steady_clock::duration ending(ChildProcess& process)

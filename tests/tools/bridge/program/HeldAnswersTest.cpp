@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/linux/bus/BusConnection.h"
-#include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/BridgeFixture.h"
 
 namespace spotwell::bridge
 {
@@ -52,7 +52,9 @@ private:
     BusConnection connection_;
 };
 
-TEST_F(BridgeProcess, HoldsNoMoreThanSoManyAnswersBack)
+using HeldAnswersTest = BridgeFixture;
+
+TEST_F(HeldAnswersTest, HoldsNoMoreThanSoManyAnswersBack)
 {
     start({"--script-delay", "1000"});
     Caller caller(sessionBus);
@@ -64,7 +66,7 @@ TEST_F(BridgeProcess, HoldsNoMoreThanSoManyAnswersBack)
     EXPECT_EQ(caller.successes, 0);
 }
 
-TEST_F(BridgeProcess, AnswersEachInItsTimeAndOrder)
+TEST_F(HeldAnswersTest, AnswersEachInItsTimeAndOrder)
 {
     start({"--script-delay", "0.05", "--count", "500"});
     Caller caller(sessionBus);
@@ -74,7 +76,7 @@ TEST_F(BridgeProcess, AnswersEachInItsTimeAndOrder)
     EXPECT_EQ(bridge->wait(), 0);
 }
 
-TEST_F(BridgeProcess, TakesNoMoreThanItsCount)
+TEST_F(HeldAnswersTest, TakesNoMoreThanItsCount)
 {
     start({"--print", "--script-delay", "0.3", "--count", "2"});
     Caller caller(sessionBus);
@@ -93,7 +95,7 @@ TEST_F(BridgeProcess, TakesNoMoreThanItsCount)
     EXPECT_EQ(nextLine(), "");
 }
 
-TEST_F(BridgeProcess, CountsNotificationsAndCommands)
+TEST_F(HeldAnswersTest, CountsNotificationsAndCommands)
 {
     start({"--print", "--script-delay", "0.3", "--count", "2"});
     Caller caller(sessionBus);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/BridgeFixture.h"
 #include "tests/tools/bridge/program/TelnetClient.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ constexpr bool memoryIsItsOwn = true;
 #endif
 
 /// A hundred clients, one of which does not read, and far more for them than the bridge keeps.
-class LoadTest : public BridgeProcess
+class LoadTest : public BridgeFixture
 {
 protected:
     static constexpr int readers = 99;

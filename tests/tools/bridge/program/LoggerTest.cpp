@@ -3,7 +3,7 @@
 
 #include "platform/linux/bus/BusScriptRunner.h"
 #include "tests/platform/bus/BusPeer.h"
-#include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/BridgeFixture.h"
 
 #include <QRegularExpression>
 
@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 const QString script = u"Tell application \"Logwright\"\nprocessSpot \"DX de\"\nend tell\n"_s;
 const QString busName = u"com.tarnbrooksoftware.Application.Logwright"_s;
 
-class LoggerTest : public BridgeProcess
+class LoggerTest : public BridgeFixture
 {
 protected:
     /// The next line of JSON, with the time it was received taken off.

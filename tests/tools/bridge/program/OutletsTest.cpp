@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/linux/bus/BusScriptRunner.h"
-#include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/BridgeFixture.h"
 #include "tests/tools/bridge/program/TelnetClient.h"
 
 #include <algorithm>
@@ -67,7 +67,7 @@ private:
     std::uint16_t port_ = 0;
 };
 
-class OutletsTest : public BridgeProcess
+class OutletsTest : public BridgeFixture
 {
 protected:
     /// Starts the bridge by a shell command that ends in `redirection`.

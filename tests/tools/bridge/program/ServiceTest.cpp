@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/BridgeFixture.h"
 #include "tests/tools/bridge/program/Manager.h"
 #include "tests/tools/bridge/program/TelnetClient.h"
 
@@ -37,7 +37,7 @@ QString contentsOf(const QString& path)
     return QString::fromUtf8(file.readAll());
 }
 
-class ServiceTest : public BridgeProcess
+class ServiceTest : public BridgeFixture
 {
 protected:
     /// Starts the bridge under a service manager.

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/linux/bus/BusConnection.h"
-#include "tests/tools/bridge/program/BridgeProcess.h"
+#include "tests/tools/bridge/program/BridgeFixture.h"
 
 #include <chrono>
 
@@ -19,7 +19,7 @@ constexpr const char* busItself = "org.freedesktop.DBus";
 constexpr const char* loggerName = "com.tarnbrooksoftware.Application.Logwright";
 
 /// Whoever else is on the session bus, and need not mean well.
-class StrangersTest : public BridgeProcess
+class StrangersTest : public BridgeFixture
 {
 protected:
     BusReply command(const std::string& text)

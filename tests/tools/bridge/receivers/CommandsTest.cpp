@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/tools/bridge/receivers/InterfaceDocument.h"
-#include "tests/tools/bridge/receivers/LoggerTest.h"
+#include "tests/tools/bridge/receivers/LoggerFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,7 +23,7 @@ const std::string testLine =
     "DX de N0CALL:    21205.0  X1X          Tks so Much                   1428Z JN34";
 
 /// The commands of docs/logger-interface.md do what it says.
-class CommandsTest : public LoggerTest
+class CommandsTest : public LoggerFixture
 {
 protected:
     /// The document's commands for trying things, in order.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/bridge/receivers/LoggerTest.h"
+#include "tests/tools/bridge/receivers/LoggerFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -33,7 +33,7 @@ QStringList captures(const QString& text, const QString& pattern)
 }
 
 /// What the pages say of the bridge's command line.
-class DocumentsTest : public LoggerTest
+class DocumentsTest : public LoggerFixture
 {
 protected:
     static QStringList pages()

@@ -3,7 +3,7 @@
 
 #include "tests/tools/bridge/receivers/InterfaceDocument.h"
 
-#include "tests/tools/bridge/receivers/LoggerTest.h"
+#include "tests/tools/bridge/receivers/LoggerFixture.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -24,7 +24,7 @@ const Interfaces loggerInterfaces{
     {u"com.tarnbrooksoftware.Scripting"_s, {u"method processSpot s "_s}},
 };
 
-class InterfaceDocumentTest : public LoggerTest
+class InterfaceDocumentTest : public LoggerFixture
 {
 protected:
     /// What a logger on the bus answers to Introspect.

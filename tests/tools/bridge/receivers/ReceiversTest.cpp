@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/bridge/receivers/LoggerTest.h"
+#include "tests/tools/bridge/receivers/LoggerFixture.h"
 
 namespace spotwell
 {
@@ -31,7 +31,7 @@ void PrintTo(const Receiver& receiver, std::ostream* out)
     *out << receiver.description;
 }
 
-class ReceiversTest : public LoggerTest, public testing::WithParamInterface<Receiver>
+class ReceiversTest : public LoggerFixture, public testing::WithParamInterface<Receiver>
 {
 protected:
     /// Starts the receiver and reads its first line.

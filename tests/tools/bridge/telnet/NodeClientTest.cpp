@@ -3,7 +3,7 @@
 
 #include "tools/spotwell-bridge/telnet/NodeClient.h"
 
-#include "tests/tools/bridge/telnet/SpotNodeHarness.h"
+#include "tests/tools/bridge/telnet/SpotNodeFixture.h"
 
 #include <QTcpServer>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/bridge/telnet/SpotNodeHarness.h"
+#include "tests/tools/bridge/telnet/SpotNodeFixture.h"
 
 #include <QRegularExpression>
 
@@ -14,7 +14,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-class SpotNodeLimitsTest : public SpotNodeTest
+class SpotNodeLimitsTest : public SpotNodeFixture
 {
 protected:
     /// What the system holds for a slow client.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/bridge/telnet/SpotNodeHarness.h"
+#include "tests/tools/bridge/telnet/SpotNodeFixture.h"
 
 #include <vector>
 
@@ -10,9 +10,11 @@ namespace spotwell::bridge
 namespace
 {
 
+using SpotNodeLoadTest = SpotNodeFixture;
+
 // A minute's load of 200 lines a second and 100 clients, one of which never reads, as fast as the others take
 // it.
-TEST_F(SpotNodeTest, givesEveryLineToNinetyNineClientsWhileOneNeverReads)
+TEST_F(SpotNodeLoadTest, givesEveryLineToNinetyNineClientsWhileOneNeverReads)
 {
     constexpr int total = 12'000;
     constexpr int together = 100;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/tools/bridge/telnet/SpotNodeHarness.h"
+#include "tests/tools/bridge/telnet/SpotNodeFixture.h"
 
 #include <QDir>
 #include <QTimer>
@@ -10,6 +10,8 @@ namespace spotwell::bridge
 {
 namespace
 {
+
+using SpotNodeTest = SpotNodeFixture;
 
 TEST_F(SpotNodeTest, holdsADialogue)
 {

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/WindowPing.h"
 
 #include <memory>
@@ -13,7 +13,7 @@ namespace spotwell
 
 /// The shipped program with a node, a logger, and files that are not as they should be. Whatever they are
 /// like, it logs in, a spot line arrives, the window answers, and it ends in order.
-class FileFaultTest : public ProgramTest
+class FileFaultFixture : public ProgramFixture
 {
 protected:
     /// Starts it, by a command that becomes it; the window answers when this returns.

@@ -22,12 +22,12 @@ namespace spotwell
 
 /// The shipped program with a home, a bus and a node of its own. Whatever a test does to it, it has to end
 /// in order, without a sanitizer's report.
-class ProgramTest : public testing::Test
+class ProgramFixture : public testing::Test
 {
 protected:
     using Moment = std::chrono::steady_clock::time_point;
 
-    ~ProgramTest() override;
+    ~ProgramFixture() override;
     void TearDown() override;
 
     /// Settings that lead to a node on loopback: N0CALL, "secret", with "reconnect" on.

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "tests/fakes/FakeTime.h"
-#include "tests/tools/simulator/NodeHarness.h"
+#include "tests/tools/simulator/NodeFixture.h"
 #include "tools/spotwell-simulator/WebServer.h"
 
 #include <QStringList>
@@ -13,7 +13,7 @@ namespace spotwell::simulator
 {
 
 /// A service that plays the scenario written in the test, and its report.
-class WebTest : public NodeTest
+class WebFixture : public NodeFixture
 {
 protected:
     void serves(const QByteArray& text, ConnectionLimits limits = {},

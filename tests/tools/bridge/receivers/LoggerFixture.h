@@ -22,7 +22,7 @@ namespace spotwell
 {
 
 /// The whole of spotwell's delivery, as shipped, on a bus of the test's own; the test brings the logger.
-class LoggerTest : public testing::Test
+class LoggerFixture : public testing::Test
 {
 protected:
     /// Starts a shell command on the bus, in `directory`. What it says on standard error is among its lines.

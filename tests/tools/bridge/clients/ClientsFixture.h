@@ -18,7 +18,7 @@ namespace spotwell::bridge
 
 /// spotwell-bridge with a node on a bus of its own. Whatever its clients do, it has to end in order, without
 /// a sanitizer's report.
-class ClientsTest : public testing::Test
+class ClientsFixture : public testing::Test
 {
 protected:
     void TearDown() override

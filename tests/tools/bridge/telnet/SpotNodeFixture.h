@@ -34,10 +34,10 @@ public:
 };
 
 /// A node on loopback whose times move when the test says so.
-class SpotNodeTest : public testing::Test
+class SpotNodeFixture : public testing::Test
 {
 protected:
-    SpotNodeTest() { limits_.look = std::chrono::milliseconds{2}; }
+    SpotNodeFixture() { limits_.look = std::chrono::milliseconds{2}; }
 
     /// Begins to listen with `limits_` as they are now.
     void listens()

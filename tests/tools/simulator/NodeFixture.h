@@ -19,7 +19,7 @@ namespace spotwell::simulator
 {
 
 /// A node that plays the scenario written in the test, and its report.
-class NodeTest : public testing::Test
+class NodeFixture : public testing::Test
 {
 protected:
     void plays(const QByteArray& text, ConnectionLimits limits = {})

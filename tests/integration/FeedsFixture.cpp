@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FeedsTest.h"
+#include "tests/integration/FeedsFixture.h"
 
 #include <array>
 #include <poll.h>
@@ -11,35 +11,35 @@
 namespace spotwell
 {
 
-void FeedsTest::SetUp()
+void FeedsFixture::SetUp()
 {
     if (const auto reason = PrivateNetwork::refusal())
         GTEST_SKIP() << "NOT TESTED: this machine permits no network of a process's own: "
                      << reason->toStdString();
 }
 
-void FeedsTest::TearDown()
+void FeedsFixture::TearDown()
 {
     gate.open();
-    ProgramTest::TearDown();
+    ProgramFixture::TearDown();
     if (listeners) {
         for (const int listener : {listeners->http, listeners->https, listeners->node})
             ::close(listener);
     }
 }
 
-QStringList FeedsTest::allFeeds()
+QStringList FeedsFixture::allFeeds()
 {
     return {QStringLiteral("pota"), QStringLiteral("dxsummit"), QStringLiteral("wsprnet")};
 }
 
-QStringList FeedsTest::allHosts()
+QStringList FeedsFixture::allHosts()
 {
     return {QStringLiteral("api.pota.app"), QStringLiteral("www.dxsummit.fi"),
             QStringLiteral("www.wsprnet.org")};
 }
 
-SettingsTexts FeedsTest::feedSettings(const QStringList& feeds)
+SettingsTexts FeedsFixture::feedSettings(const QStringList& feeds)
 {
     SettingsTexts settings;
     for (const char* text : {"dxcluster", "port", "callsign", "password"})
@@ -53,13 +53,14 @@ SettingsTexts FeedsTest::feedSettings(const QStringList& feeds)
     return settings;
 }
 
-void FeedsTest::startFeeds(const QStringList& feeds, const QStringList& variables, const QStringList& hosts)
+void FeedsFixture::startFeeds(const QStringList& feeds, const QStringList& variables,
+                              const QStringList& hosts)
 {
     startWith(feedSettings(feeds), variables, hosts);
 }
 
-void FeedsTest::startWith(const SettingsTexts& settings, const QStringList& variables,
-                          const QStringList& hosts)
+void FeedsFixture::startWith(const SettingsTexts& settings, const QStringList& variables,
+                             const QStringList& hosts)
 {
     spotListener_ = std::make_unique<BusPeer>(bus);
     spotListener_->command({QStringLiteral("listen"), QStringLiteral("com.tarnbrooksoftware.spotwell_spot")});
@@ -70,18 +71,18 @@ void FeedsTest::startWith(const SettingsTexts& settings, const QStringList& vari
     listeners = network->takeListeners(!isRefused);
 }
 
-bool FeedsTest::isCalled() const
+bool FeedsFixture::isCalled() const
 {
     std::array<pollfd, 2> calls{{{listeners->http, POLLIN, 0}, {listeners->https, POLLIN, 0}}};
     return ::poll(calls.data(), calls.size(), 0) == 2;
 }
 
-void FeedsTest::serve(const QByteArray& certificate)
+void FeedsFixture::serve(const QByteArray& certificate)
 {
     services.start({::dup(listeners->http), ::dup(listeners->https), listeners->node}, certificate);
 }
 
-LoopbackHttpServer::Handler FeedsTest::held(LoopbackHttpServer::Handler answer)
+LoopbackHttpServer::Handler FeedsFixture::held(LoopbackHttpServer::Handler answer)
 {
     return [this, answer = std::move(answer)](LoopbackHttpServer::Connection& connection,
                                               const std::string& head) {
@@ -90,12 +91,12 @@ LoopbackHttpServer::Handler FeedsTest::held(LoopbackHttpServer::Handler answer)
     };
 }
 
-bool FeedsTest::asked(const std::string& address, std::size_t count) const
+bool FeedsFixture::asked(const std::string& address, std::size_t count) const
 {
     return waitUntil([&] { return services.requests(address).size() >= count; });
 }
 
-QStringList FeedsTest::nextSpot()
+QStringList FeedsFixture::nextSpot()
 {
     const QStringList seen = next(*spotListener_, QStringLiteral("signal"));
     if (seen.isEmpty())
@@ -111,7 +112,7 @@ QStringList FeedsTest::nextSpot()
     return seen.mid(front.size());
 }
 
-QStringList FeedsTest::nextCalls(int count)
+QStringList FeedsFixture::nextCalls(int count)
 {
     QStringList calls;
     while (calls.size() < count) {
@@ -123,12 +124,12 @@ QStringList FeedsTest::nextCalls(int count)
     return calls;
 }
 
-int FeedsTest::spotsLeft()
+int FeedsFixture::spotsLeft()
 {
     return spotListener_->count(QStringLiteral("signal"));
 }
 
-QStringList FeedsTest::entriesOf(const QStringList& operations) const
+QStringList FeedsFixture::entriesOf(const QStringList& operations) const
 {
     QStringList found = entries();
     found.removeIf([&operations](const QString& entry) {

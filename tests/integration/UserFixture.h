@@ -4,7 +4,7 @@
 #pragma once
 
 #include "tests/integration/ConsolePicture.h"
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/UserInput.h"
 #include "tests/integration/VirtualScreen.h"
 
@@ -12,7 +12,7 @@ namespace spotwell
 {
 
 /// The shipped program with a user in front of it, at a screen of their own. Its web feeds reach nobody.
-class UserTest : public ProgramTest
+class UserFixture : public ProgramFixture
 {
 protected:
     /// Starts it and waits until its window has the keyboard.

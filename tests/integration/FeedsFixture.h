@@ -7,8 +7,8 @@
 #include "tests/integration/FeedIdentities.h"
 #include "tests/integration/FeedServices.h"
 #include "tests/integration/PrivateNetwork.h"
-#include "tests/integration/ProgramTest.h"
-#include "tests/platform/web/UrlSessionTesting.h"
+#include "tests/integration/ProgramFixture.h"
+#include "tests/platform/web/UrlTransfers.h"
 
 #include <memory>
 #include <optional>
@@ -22,7 +22,7 @@ inline const std::string dxSummitAddress = "http://www.dxsummit.fi/api/v1/spots"
 inline const std::string wsprnetAddress = "http://www.wsprnet.org/drupal/wsprnet/spots";
 
 /// The shipped program on a network where the web services are the test's, and a listener for the spots.
-class FeedsTest : public ProgramTest
+class FeedsFixture : public ProgramFixture
 {
 protected:
     void SetUp() override;

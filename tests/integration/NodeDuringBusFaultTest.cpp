@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 
 namespace spotwell
 {
@@ -10,7 +10,8 @@ namespace
 
 using namespace std::chrono_literals;
 
-class BusTroubleTest : public ProgramTest
+/// Faults of the session bus, seen from the node: it is answered in time, and its lines find their way again.
+class NodeDuringBusFaultTest : public ProgramFixture
 {
 protected:
     qsizetype countAboutTheBus() const
@@ -33,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(BusTroubleTest, worksWithoutABus)
+TEST_F(NodeDuringBusFaultTest, worksWithoutABus)
 {
     bus.kill();
     startConnected();
@@ -45,7 +46,7 @@ TEST_F(BusTroubleTest, worksWithoutABus)
     EXPECT_TRUE(hears("N0CALL\nsecret\nquit\n"));
 }
 
-TEST_F(BusTroubleTest, usesABusThatComesBack)
+TEST_F(NodeDuringBusFaultTest, usesABusThatComesBack)
 {
     auto logger = makeLogger(QStringLiteral("6.45"));
     startConnected();
@@ -65,7 +66,7 @@ TEST_F(BusTroubleTest, usesABusThatComesBack)
     EXPECT_EQ(countOfEntries(QStringLiteral("SessionBus: the session bus is back")), 1);
 }
 
-TEST_F(BusTroubleTest, answersPromptsWhileTheBusHangs)
+TEST_F(NodeDuringBusFaultTest, answersPromptsWhileTheBusHangs)
 {
     const auto logger = makeLogger(QStringLiteral("6.45"));
     startConnected();

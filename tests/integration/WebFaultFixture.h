@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/integration/FeedsTest.h"
+#include "tests/integration/FeedsFixture.h"
 #include "tests/integration/SteppedClock.h"
 #include "tests/integration/WindowPing.h"
 
@@ -19,7 +19,7 @@ namespace spotwell
 /// The shipped program with everything on: three web services, a node that it has logged in to, a logger.
 /// What happens to one of them the others are not to notice, nor the user. A feed is named by its spots'
 /// source: "POTA", "DXSummit", "WSPRnet".
-class WebFaultTest : public FeedsTest
+class WebFaultFixture : public FeedsFixture
 {
 protected:
     void TearDown() override;

@@ -31,7 +31,7 @@ inline QString clusterSpot(const QString& call)
 }
 
 /// The program as its users start it, on a bus of the test's own, with spotwell's own sending side.
-class BridgeProcess : public testing::Test
+class BridgeFixture : public testing::Test
 {
 protected:
     /// Starts the bridge, its errors mixed into its lines, and reads its first line.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 
 #include <csignal>
 #include <iostream>
@@ -36,9 +36,9 @@ QStringList notificationOf(const QByteArray& line, const QString& host)
             QStringLiteral("source=QString:") + host};
 }
 
-ProgramTest::~ProgramTest() = default;
+ProgramFixture::~ProgramFixture() = default;
 
-void ProgramTest::TearDown()
+void ProgramFixture::TearDown()
 {
     if (program && program->isRunning())
         end();
@@ -49,7 +49,7 @@ void ProgramTest::TearDown()
         std::cerr << "What the program wrote:\n" << written.constData();
 }
 
-SettingsTexts ProgramTest::settingsFor(std::uint16_t port)
+SettingsTexts ProgramFixture::settingsFor(std::uint16_t port)
 {
     return {{QStringLiteral("dxcluster"), QStringLiteral("127.0.0.1")},
             {QStringLiteral("port"), QString::number(port)},
@@ -58,31 +58,31 @@ SettingsTexts ProgramTest::settingsFor(std::uint16_t port)
             {QStringLiteral("reconnect"), QStringLiteral("true")}};
 }
 
-void ProgramTest::start(const QStringList& variables)
+void ProgramFixture::start(const QStringList& variables)
 {
     program.emplace(home, bus.address(), variables, launcher);
 }
 
-void ProgramTest::startConnected(const QStringList& variables)
+void ProgramFixture::startConnected(const QStringList& variables)
 {
     home.writeSettings(settingsFor(node.port()));
     start(variables);
     ASSERT_TRUE(node.accept());
 }
 
-void ProgramTest::end(int signalNumber)
+void ProgramFixture::end(int signalNumber)
 {
     EXPECT_TRUE(program->end(signalNumber)) << "no orderly end";
 }
 
-void ProgramTest::endAtOnce(int signalNumber)
+void ProgramFixture::endAtOnce(int signalNumber)
 {
     const auto taken = program->end(signalNumber);
     ASSERT_TRUE(taken) << "no orderly end";
     EXPECT_LT(taken->count(), 1.0 * slowness);
 }
 
-QStringList ProgramTest::entries() const
+QStringList ProgramFixture::entries() const
 {
     QStringList result;
     for (QString line : QString::fromUtf8(home.log()).split(QLatin1Char('\n')))
@@ -90,19 +90,19 @@ QStringList ProgramTest::entries() const
     return result;
 }
 
-bool ProgramTest::logs(const QString& text, qsizetype count) const
+bool ProgramFixture::logs(const QString& text, qsizetype count) const
 {
     return waitUntil([&] { return countOfEntries(text) >= count; });
 }
 
-ProgramTest::Moment ProgramTest::say(const QByteArray& text)
+ProgramFixture::Moment ProgramFixture::say(const QByteArray& text)
 {
     const Moment now = std::chrono::steady_clock::now();
     EXPECT_EQ(node.send(text), text.size());
     return now;
 }
 
-std::optional<ProgramTest::Moment> ProgramTest::hears(const QByteArray& text)
+std::optional<ProgramFixture::Moment> ProgramFixture::hears(const QByteArray& text)
 {
     const bool heard = waitUntil([&] { return node.heard().size() >= text.size(); });
     const Moment now = std::chrono::steady_clock::now();
@@ -110,7 +110,7 @@ std::optional<ProgramTest::Moment> ProgramTest::hears(const QByteArray& text)
     return heard ? std::optional(now) : std::nullopt;
 }
 
-std::unique_ptr<BusPeer> ProgramTest::makeLogger(const QString& version)
+std::unique_ptr<BusPeer> ProgramFixture::makeLogger(const QString& version)
 {
     auto logger = std::make_unique<BusPeer>(bus);
     logger->command({QStringLiteral("text"), QStringLiteral("DisplayName"), QStringLiteral("Logwright")});
@@ -120,7 +120,7 @@ std::unique_ptr<BusPeer> ProgramTest::makeLogger(const QString& version)
     return logger;
 }
 
-QStringList ProgramTest::next(BusPeer& peer, const QString& kind)
+QStringList ProgramFixture::next(BusPeer& peer, const QString& kind)
 {
     while (true) {
         QStringList seen = peer.next();

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/integration/ClockTest.h"
+#include "tests/integration/ClockFixture.h"
 #include "tests/integration/ScreenReader.h"
 #include "tests/integration/WindowPing.h"
 
@@ -15,7 +15,7 @@ namespace spotwell
 
 /// The shipped program with a node in trouble, a wall clock in the test's hands, a logger, and a user who has
 /// the window read to him. What the console shows and what the log says is expected line by line.
-class NodeFault : public ClockTest
+class NodeFaultFixture : public ClockFixture
 {
 protected:
     /// Starts the program with `node` under this name and "reconnect" on; `libraries` are loaded before it.

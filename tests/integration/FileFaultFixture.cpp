@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FileFaultTest.h"
+#include "tests/integration/FileFaultFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,20 +13,20 @@
 namespace spotwell
 {
 
-void FileFaultTest::launch(const QStringList& command, const QStringList& variables)
+void FileFaultFixture::launch(const QStringList& command, const QStringList& variables)
 {
     program.emplace(home, bus.address(), variables, command);
     EXPECT_TRUE(ping.answers()) << "no window";
 }
 
-void FileFaultTest::expectLogin()
+void FileFaultFixture::expectLogin()
 {
     ASSERT_TRUE(node.accept());
     say("login: ");
     ASSERT_TRUE(waitUntil([this] { return node.heard().endsWith("N0CALL\n"); }, std::chrono::seconds{60}));
 }
 
-void FileFaultTest::expectTheNodeGoesOn()
+void FileFaultFixture::expectTheNodeGoesOn()
 {
     const QByteArray line = spotLine(++lines_);
     say(line + "\r\n");
@@ -34,7 +34,7 @@ void FileFaultTest::expectTheNodeGoesOn()
     expectTheWindowAnswers();
 }
 
-SettingsTexts FileFaultTest::fullSettings() const
+SettingsTexts FileFaultFixture::fullSettings() const
 {
     SettingsTexts settings = settingsFor(node.port());
     for (const char* key : {"wsprnet", "dxsummit", "pota", "skimmers", "dxsexclusive", "dark"})
@@ -42,7 +42,7 @@ SettingsTexts FileFaultTest::fullSettings() const
     return settings;
 }
 
-void FileFaultTest::put(const QString& path, const QByteArray& content) const
+void FileFaultFixture::put(const QString& path, const QByteArray& content) const
 {
     QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
@@ -50,14 +50,14 @@ void FileFaultTest::put(const QString& path, const QByteArray& content) const
     ASSERT_EQ(file.write(content), content.size());
 }
 
-unsigned FileFaultTest::modeOf(const QString& path)
+unsigned FileFaultFixture::modeOf(const QString& path)
 {
     struct stat status {
     };
     return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0;
 }
 
-QStringList FileFaultTest::withoutPrivileges()
+QStringList FileFaultFixture::withoutPrivileges()
 {
     if (::geteuid() != 0)
         return {};

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/WebFaultTest.h"
+#include "tests/integration/WebFaultFixture.h"
 
 #include <netinet/in.h>
 #include <poll.h>
@@ -70,12 +70,12 @@ LoopbackHttpServer::Handler forwardingTo(std::uint16_t port)
     };
 }
 
-QStringList WebFaultTest::allSources()
+QStringList WebFaultFixture::allSources()
 {
     return {u"POTA"_s, u"DXSummit"_s, u"WSPRnet"_s};
 }
 
-void WebFaultTest::TearDown()
+void WebFaultFixture::TearDown()
 {
     if (program && program->isRunning()) {
         EXPECT_TRUE(ping.answers()) << "the window hangs";
@@ -83,10 +83,10 @@ void WebFaultTest::TearDown()
         end();
         EXPECT_EQ(home.settings(), settings);
     }
-    FeedsTest::TearDown();
+    FeedsFixture::TearDown();
 }
 
-void WebFaultTest::startAll(const QStringList& hosts)
+void WebFaultFixture::startAll(const QStringList& hosts)
 {
     logger = makeLogger(u"6.50"_s);
     SettingsTexts settings = feedSettings();
@@ -100,13 +100,13 @@ void WebFaultTest::startAll(const QStringList& hosts)
     mostKiB = program->residentKiB();
 }
 
-void WebFaultTest::answerWell(int count, const QStringList& feeds)
+void WebFaultFixture::answerWell(int count, const QStringList& feeds)
 {
     for (const QString& feed : feeds)
         services.answer(addressOf(feed), answering("200 OK", answerOf(feed, count)));
 }
 
-QStringList WebFaultTest::callsOf(const QString& feed)
+QStringList WebFaultFixture::callsOf(const QString& feed)
 {
     while (spotsLeft() > 0) {
         const QStringList spot = nextSpot();
@@ -116,7 +116,7 @@ QStringList WebFaultTest::callsOf(const QString& feed)
     return calls_[feed];
 }
 
-void WebFaultTest::expectSpots(int count, const QStringList& feeds)
+void WebFaultFixture::expectSpots(int count, const QStringList& feeds)
 {
     const auto spotsOf = [this, count](const QString& feed) {
         const QStringList wanted = callsUpTo(count, letterOf(feed));
@@ -130,7 +130,7 @@ void WebFaultTest::expectSpots(int count, const QStringList& feeds)
         EXPECT_EQ(spotsOf(feed), callsUpTo(count, letterOf(feed))) << feed.toStdString();
 }
 
-QStringList WebFaultTest::entriesAbout(const QString& feed) const
+QStringList WebFaultFixture::entriesAbout(const QString& feed) const
 {
     if (feed == u"POTA")
         return entriesOf({u"potaTimer"_s, u"parsePotaData"_s});
@@ -138,7 +138,7 @@ QStringList WebFaultTest::entriesAbout(const QString& feed) const
                                : entriesOf({u"wsprnetTimer"_s, u"parseWsprnetData"_s});
 }
 
-void WebFaultTest::expectEntries(const QString& feed, const QStringList& texts, int spots)
+void WebFaultFixture::expectEntries(const QString& feed, const QStringList& texts, int spots)
 {
     EXPECT_TRUE(askedUntil([&] {
         const QStringList entries = entriesAbout(feed);
@@ -163,7 +163,7 @@ void WebFaultTest::expectEntries(const QString& feed, const QStringList& texts, 
     EXPECT_GE(callsOf(feed).size(), spots);
 }
 
-void WebFaultTest::expectTheNodeGoesOn()
+void WebFaultFixture::expectTheNodeGoesOn()
 {
     const QByteArray line = spotLine(++nodeLines_);
     ASSERT_EQ(distantNode->send(line + "\r\n"), line.size() + 2);

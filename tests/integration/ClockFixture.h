@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/integration/ProgramTest.h"
+#include "tests/integration/ProgramFixture.h"
 #include "tests/integration/SteppedClock.h"
 
 #include <optional>
@@ -12,7 +12,7 @@ namespace spotwell
 {
 
 /// The shipped program with a wall clock that moves only when the test steps it.
-class ClockTest : public ProgramTest
+class ClockFixture : public ProgramFixture
 {
 protected:
     using Time = SteppedClock::Time;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/NodeFault.h"
+#include "tests/integration/NodeFaultFixture.h"
 
 #include <QThread>
 
@@ -33,7 +33,7 @@ bool askUntil(Condition condition)
 
 } // namespace
 
-void NodeFault::open(const QString& name, const QStringList& libraries, const QStringList& variables)
+void NodeFaultFixture::open(const QString& name, const QStringList& libraries, const QStringList& variables)
 {
     host = name;
     SettingsTexts settings = settingsFor(node.port());
@@ -47,21 +47,21 @@ void NodeFault::open(const QString& name, const QStringList& libraries, const QS
     seeOpened();
 }
 
-void NodeFault::openConnected()
+void NodeFaultFixture::openConnected()
 {
     open();
     ASSERT_TRUE(node.accept());
     seeToggle(true);
 }
 
-void NodeFault::seeOpened()
+void NodeFaultFixture::seeOpened()
 {
     see({opened});
     read({opened, QStringLiteral("Node:%1 Opened on Port:%2 istream status:[1] ostream status:[1]")
                       .arg(host, QString::number(node.port()))});
 }
 
-void NodeFault::logIn()
+void NodeFaultFixture::logIn()
 {
     say("login: ");
     ASSERT_TRUE(hears("N0CALL\n"));
@@ -70,7 +70,7 @@ void NodeFault::logIn()
           QStringLiteral("DXClusterController:sendTelnet:[7]characters:N0CALL")});
 }
 
-void NodeFault::passSpot()
+void NodeFaultFixture::passSpot()
 {
     const QByteArray line = spotLine(++spots_);
     say(line + "\r\n");
@@ -78,13 +78,13 @@ void NodeFault::passSpot()
     see({QStringLiteral("teln ") + QString::fromUtf8(line)});
 }
 
-void NodeFault::comeBack()
+void NodeFaultFixture::comeBack()
 {
     clock.step(61s);
     comeBackByItself();
 }
 
-void NodeFault::comeBackByItself()
+void NodeFaultFixture::comeBackByItself()
 {
     seeReconnection();
     node.forget();
@@ -93,7 +93,7 @@ void NodeFault::comeBackByItself()
     passSpot();
 }
 
-void NodeFault::seeReconnection()
+void NodeFaultFixture::seeReconnection()
 {
     const QString attempt = QStringLiteral("Attempting Reconnect with ") + host;
     see({attempt});
@@ -101,7 +101,7 @@ void NodeFault::seeReconnection()
     seeOpened();
 }
 
-void NodeFault::endInOrder(bool reconnect)
+void NodeFaultFixture::endInOrder(bool reconnect)
 {
     EXPECT_TRUE(ping->answers());
     EXPECT_EQ(newLines(), QStringList());
@@ -118,14 +118,14 @@ void NodeFault::endInOrder(bool reconnect)
     EXPECT_EQ(last, QStringList(closed));
 }
 
-void NodeFault::see(const QStringList& lines)
+void NodeFaultFixture::see(const QStringList& lines)
 {
     (void)askUntil([&] { return newLines().size() >= lines.size(); });
     EXPECT_EQ(newLines().mid(0, lines.size()), lines);
     seen_ += lines.size();
 }
 
-void NodeFault::seeInAnyOrder(QStringList lines)
+void NodeFaultFixture::seeInAnyOrder(QStringList lines)
 {
     (void)askUntil([&] { return newLines().size() >= lines.size(); });
     QStringList shown = newLines().mid(0, lines.size());
@@ -135,20 +135,20 @@ void NodeFault::seeInAnyOrder(QStringList lines)
     seen_ += lines.size();
 }
 
-void NodeFault::read(const QStringList& entries)
+void NodeFaultFixture::read(const QStringList& entries)
 {
     (void)waitUntil([&] { return newEntries().size() >= entries.size(); }, 60s);
     EXPECT_EQ(newEntries().mid(0, entries.size()), entries);
     read_ += entries.size();
 }
 
-void NodeFault::seeClosed(const QString& last)
+void NodeFaultFixture::seeClosed(const QString& last)
 {
     see(last.isEmpty() ? QStringList(closed) : QStringList{closed, last});
     seeToggle(false);
 }
 
-void NodeFault::seeLeftForSilence(const QString& minutes)
+void NodeFaultFixture::seeLeftForSilence(const QString& minutes)
 {
     const QString message = QStringLiteral("Nothing heard from 127.0.0.1 in %1 minutes").arg(minutes);
     see({message, closed});
@@ -156,23 +156,23 @@ void NodeFault::seeLeftForSilence(const QString& minutes)
     comeBackByItself();
 }
 
-void NodeFault::seeToggle(bool on)
+void NodeFaultFixture::seeToggle(bool on)
 {
     EXPECT_TRUE(askUntil([&] { return user->isOn(toggleName) == on; })) << on;
 }
 
-bool NodeFault::staysQuiet()
+bool NodeFaultFixture::staysQuiet()
 {
     // The main thread tells its lines when it is through with the second look.
     return clock.ticks(2) && newLines().isEmpty() && newEntries().isEmpty();
 }
 
-QStringList NodeFault::newLines()
+QStringList NodeFaultFixture::newLines()
 {
     return user->console().mid(seen_);
 }
 
-QStringList NodeFault::newEntries() const
+QStringList NodeFaultFixture::newEntries() const
 {
     QStringList all = entries();
     all.removeLast(); // what stands behind the last line feed

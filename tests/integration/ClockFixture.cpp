@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ClockTest.h"
+#include "tests/integration/ClockFixture.h"
 
 #include <QDateTime>
 
 namespace spotwell
 {
 
-std::optional<SteppedClock::Time> ClockTest::timeOf(const QString& text, int number) const
+std::optional<SteppedClock::Time> ClockFixture::timeOf(const QString& text, int number) const
 {
     constexpr qsizetype stampLength = 28; // 2026-01-31 23:59:59.999+0000
     for (const QString& line : QString::fromUtf8(home.log()).split(QLatin1Char('\n'))) {

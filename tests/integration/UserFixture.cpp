@@ -1,20 +1,20 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/UserTest.h"
+#include "tests/integration/UserFixture.h"
 
 #include <QDir>
 
 namespace spotwell
 {
 
-QStringList UserTest::desktop() const
+QStringList UserFixture::desktop() const
 {
     return home.environment() +
            QStringList(QStringLiteral("DBUS_SESSION_BUS_ADDRESS=") + QString::fromStdString(bus.address()));
 }
 
-QStringList UserTest::variables() const
+QStringList UserFixture::variables() const
 {
     // Nobody listens there, so no request leaves the machine.
     const QString nobody = QStringLiteral("http://127.0.0.1:1");
@@ -22,19 +22,19 @@ QStringList UserTest::variables() const
             QStringLiteral("https_proxy=") + nobody};
 }
 
-void UserTest::open()
+void UserFixture::open()
 {
     start(variables());
     findWindow();
 }
 
-void UserTest::openConnected()
+void UserFixture::openConnected()
 {
     startConnected(variables());
     findWindow();
 }
 
-void UserTest::findWindow()
+void UserFixture::findWindow()
 {
     ASSERT_TRUE(waitUntil([this] {
         const auto windows = user.windows();
@@ -46,18 +46,18 @@ void UserTest::findWindow()
     ASSERT_EQ(window.area.size(), user.place(QStringLiteral("MainWindow")).size());
 }
 
-QRect UserTest::placeOf(const QString& control) const
+QRect UserFixture::placeOf(const QString& control) const
 {
     return user.place(control).translated(window.area.topLeft());
 }
 
-void UserTest::click(const QString& control) const
+void UserFixture::click(const QString& control) const
 {
     const QRect place = placeOf(control);
     user.click({place.left() + 8, place.center().y()});
 }
 
-UserInput::Window UserTest::question() const
+UserInput::Window UserFixture::question() const
 {
     UserInput::Window found;
     EXPECT_TRUE(waitUntil([&] {
@@ -70,12 +70,12 @@ UserInput::Window UserTest::question() const
     return found;
 }
 
-bool UserTest::isAlone() const
+bool UserFixture::isAlone() const
 {
     return waitUntil([this] { return user.windows().size() == 1 && user.activeWindow() == window.id; });
 }
 
-ConsolePicture UserTest::console() const
+ConsolePicture UserFixture::console() const
 {
     // Within the frame, and left of the question.
     constexpr int frame = 3;
@@ -85,14 +85,14 @@ ConsolePicture UserTest::console() const
     return lookAtConsole(screen.picture().copy(inside.x(), inside.y(), width, inside.height() * 9 / 10));
 }
 
-bool UserTest::shows(int lines) const
+bool UserFixture::shows(int lines) const
 {
     const bool shown = waitUntil([&] { return console().lines == lines; });
     EXPECT_EQ(console().lines, lines);
     return shown;
 }
 
-void UserTest::keepPicture(const QString& name) const
+void UserFixture::keepPicture(const QString& name) const
 {
     const QString directory = qEnvironmentVariable("SPOTWELL_PICTURES");
     if (!directory.isEmpty()) {
