@@ -3,7 +3,7 @@
 
 #include "bench/soak/SoakWeb.h"
 
-#include "tests/integration/FeedAnswers.h"
+#include "tests/integration/support/FeedAnswers.h"
 
 #include <algorithm>
 #include <charconv>

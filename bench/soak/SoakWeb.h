@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/integration/FeedServices.h"
+#include "tests/integration/support/FeedServices.h"
 
 #include <algorithm>
 #include <array>

@@ -10,11 +10,11 @@
 #include "bench/soak/Samples.h"
 #include "bench/soak/SoakNode.h"
 #include "bench/soak/SoakWeb.h"
-#include "tests/integration/FeedIdentities.h"
-#include "tests/integration/PrivateNetwork.h"
-#include "tests/integration/RunningProgram.h"
-#include "tests/integration/VirtualScreen.h"
-#include "tests/integration/WindowPing.h"
+#include "tests/integration/support/FeedIdentities.h"
+#include "tests/integration/support/PrivateNetwork.h"
+#include "tests/integration/support/RunningProgram.h"
+#include "tests/integration/support/VirtualScreen.h"
+#include "tests/integration/support/WindowPing.h"
 #include "tests/platform/bus/PrivateBus.h"
 
 #include <QCommandLineParser>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramFixture.h"
-#include "tests/integration/WindowPing.h"
+#include "tests/integration/support/ProgramFixture.h"
+#include "tests/integration/support/WindowPing.h"
 
 namespace spotwell
 {

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/fakes/LoopbackPeer.h"
-#include "tests/integration/Home.h"
-#include "tests/integration/RunningProgram.h"
+#include "tests/integration/support/Home.h"
+#include "tests/integration/support/RunningProgram.h"
 
 #include <QDir>
 #include <QProcess>

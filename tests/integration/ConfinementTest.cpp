@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FeedsFixture.h"
-#include "tests/integration/UserInput.h"
-#include "tests/integration/VirtualScreen.h"
-#include "tests/integration/WindowPing.h"
+#include "tests/integration/support/FeedsFixture.h"
+#include "tests/integration/support/UserInput.h"
+#include "tests/integration/support/VirtualScreen.h"
+#include "tests/integration/support/WindowPing.h"
 
 #include <QDir>
 #include <QFile>

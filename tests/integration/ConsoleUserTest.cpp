@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ScreenReader.h"
-#include "tests/integration/UserFixture.h"
+#include "tests/integration/support/ScreenReader.h"
+#include "tests/integration/support/UserFixture.h"
 
 namespace spotwell
 {

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ScreenReader.h"
-#include "tests/integration/UserFixture.h"
-#include "tests/integration/WindowPing.h"
+#include "tests/integration/support/ScreenReader.h"
+#include "tests/integration/support/UserFixture.h"
+#include "tests/integration/support/WindowPing.h"
 
 #include <QFile>
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/FeedsFixture.h"
-#include "tests/integration/SteppedClock.h"
+#include "tests/integration/support/FeedsFixture.h"
+#include "tests/integration/support/SteppedClock.h"
 
 namespace spotwell
 {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/UserFixture.h"
+#include "tests/integration/support/UserFixture.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/ProgramFixture.h"
-#include "tests/integration/UserInput.h"
-#include "tests/integration/VirtualScreen.h"
+#include "tests/integration/support/ProgramFixture.h"
+#include "tests/integration/support/UserInput.h"
+#include "tests/integration/support/VirtualScreen.h"
 
 #include <QFile>
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/integration/RunningSimulator.h"
-#include "tests/integration/WebFaultFixture.h"
+#include "tests/integration/support/RunningSimulator.h"
+#include "tests/integration/support/WebFaultFixture.h"
 
 #include <QFile>
 

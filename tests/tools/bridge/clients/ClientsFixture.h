@@ -4,7 +4,7 @@
 #pragma once
 
 #include "tests/fakes/Printers.h"
-#include "tests/integration/Home.h"
+#include "tests/integration/support/Home.h"
 #include "tests/platform/bus/PrivateBus.h"
 #include "tests/tools/bridge/clients/RunningBridge.h"
 

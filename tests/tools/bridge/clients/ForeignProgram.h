@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/integration/Home.h"
+#include "tests/integration/support/Home.h"
 
 #include <QStringList>
 

@@ -4,7 +4,7 @@
 #include "tests/tools/bridge/clients/FourFeeds.h"
 
 #include "tests/fakes/WaitUntil.h"
-#include "tests/integration/RunningProgram.h"
+#include "tests/integration/support/RunningProgram.h"
 
 #include <QFile>
 

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "tests/integration/Home.h"
-#include "tests/integration/RunningSimulator.h"
+#include "tests/integration/support/Home.h"
+#include "tests/integration/support/RunningSimulator.h"
 #include "tests/tools/bridge/clients/RunningBridge.h"
 
 #include <QProcess>

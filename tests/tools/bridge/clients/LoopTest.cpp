@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/fakes/WaitUntil.h"
-#include "tests/integration/RunningProgram.h"
+#include "tests/integration/support/RunningProgram.h"
 #include "tests/tools/bridge/clients/ClientsFixture.h"
 #include "tests/tools/bridge/clients/ForeignProgram.h"
 

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "tests/integration/Home.h"
-#include "tests/integration/VirtualScreen.h"
+#include "tests/integration/support/Home.h"
+#include "tests/integration/support/VirtualScreen.h"
 
 #include <QString>
 #include <QStringList>
