@@ -15,7 +15,7 @@
 #include "tests/integration/support/RunningProgram.h"
 #include "tests/integration/support/VirtualScreen.h"
 #include "tests/integration/support/WindowPing.h"
-#include "tests/platform/bus/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

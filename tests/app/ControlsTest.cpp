@@ -6,7 +6,7 @@
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/WorkerPool.h"
 #include "tests/app/FakeProgram.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QPlainTextEdit>
 #include <QScrollBar>

@@ -9,7 +9,7 @@
 #include "tests/fakes/FakeServices.h"
 #include "tests/fakes/FakeSocketStreams.h"
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/Printers.h"
+#include "tests/support/Printers.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>

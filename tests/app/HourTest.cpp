@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/app/FakeProgram.h"
-#include "tests/fakes/Sanitizers.h"
+#include "tests/support/Sanitizers.h"
 
 #include <QCoreApplication>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 #include "app/QuitQuestion.h"
 
 #include "tests/app/FakeProgram.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "cluster/Supervision.h"
-#include "tests/fakes/Printers.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "delivery/LineDelivery.h"
 
 #include "tests/fakes/FakeServices.h"
-#include "tests/fakes/Printers.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

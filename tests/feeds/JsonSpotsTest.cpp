@@ -4,8 +4,8 @@
 #include "feeds/JsonSpots.h"
 
 #include "tests/fakes/FakeServices.h"
-#include "tests/fakes/Printers.h"
 #include "tests/feeds/SpotTexts.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

@@ -4,9 +4,9 @@
 #include "feeds/PotaFeed.h"
 
 #include "tests/fakes/FakeServices.h"
-#include "tests/fakes/Printers.h"
 #include "tests/feeds/FakeFeedHost.h"
 #include "tests/feeds/PotaSpots.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

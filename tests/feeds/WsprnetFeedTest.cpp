@@ -5,8 +5,8 @@
 
 #include "tests/fakes/FakeServices.h"
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/Printers.h"
 #include "tests/feeds/FakeFeedHost.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 #include "feeds/WsprnetFeed.h"
 #include "tests/fakes/FakeServices.h"
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/Printers.h"
 #include "tests/feeds/FakeFeedHost.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/fakes/LoopbackPeer.h"
 #include "tests/integration/support/Home.h"
 #include "tests/integration/support/RunningProgram.h"
+#include "tests/support/LoopbackPeer.h"
 
 #include <QDir>
 #include <QProcess>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/fakes/LoopbackPeer.h"
-#include "tests/fakes/Printers.h"
 #include "tests/platform/SocketClient.h"
+#include "tests/support/LoopbackPeer.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

@@ -3,10 +3,10 @@
 
 #include "platform/linux/HostResolver.h"
 
-#include "tests/fakes/LoopbackPeer.h"
-#include "tests/fakes/Printers.h"
 #include "tests/platform/NameServer.h"
 #include "tests/platform/SocketClient.h"
+#include "tests/support/LoopbackPeer.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 
 #include "platform/linux/PosixSocketStreams.h"
 
-#include "tests/fakes/LoopbackPeer.h"
-#include "tests/fakes/Printers.h"
 #include "tests/platform/SocketClient.h"
+#include "tests/support/LoopbackPeer.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include "platform/linux/QuitEvents.h"
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QEvent>
 #include <gtest/gtest.h>

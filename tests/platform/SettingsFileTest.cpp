@@ -3,8 +3,8 @@
 
 #include "platform/linux/SettingsFile.h"
 
-#include "tests/fakes/Printers.h"
 #include "tests/platform/FileSizeLimit.h"
+#include "tests/support/Printers.h"
 
 #include <QDir>
 #include <QFile>

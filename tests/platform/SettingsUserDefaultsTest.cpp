@@ -5,8 +5,8 @@
 
 #include "platform/linux/Directories.h"
 #include "tests/fakes/FakeServices.h"
-#include "tests/fakes/Printers.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/Printers.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QDir>
 #include <QFile>

@@ -4,8 +4,8 @@
 #include "platform/linux/StandardErrorLog.h"
 
 #include "platform/linux/PosixProcessServices.h"
-#include "tests/fakes/Printers.h"
 #include "tests/platform/FileSizeLimit.h"
+#include "tests/support/Printers.h"
 
 #include <QFile>
 #include <QRegularExpression>

@@ -3,8 +3,8 @@
 
 #include "platform/linux/WorkerPool.h"
 
-#include "tests/fakes/WaitUntil.h"
 #include "tests/platform/ThreadShortage.h"
+#include "tests/support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 

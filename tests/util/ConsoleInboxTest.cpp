@@ -4,7 +4,7 @@
 #include "util/ConsoleInbox.h"
 
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/Printers.h"
+#include "tests/support/Printers.h"
 #include "util/ConsoleText.h"
 
 #include <QStringList>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "util/ConsoleView.h"
 
 #include <QPlainTextEdit>

@@ -4,7 +4,7 @@
 #include "util/ConsoleView.h"
 
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>

@@ -5,7 +5,7 @@
 
 #include "app/Images.h"
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "util/ConsoleView.h"
 
 #include <QAccessible>

@@ -3,7 +3,7 @@
 
 #include "app/MainWindow.h"
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/window/Contrast.h"
 #include "util/ConsoleView.h"
 

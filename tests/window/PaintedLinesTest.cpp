@@ -3,7 +3,7 @@
 
 #include "app/Appearance.h"
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "util/ConsoleView.h"
 
 #include <QAbstractTextDocumentLayout>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "tests/integration/support/PrivateNetwork.h"
-#include "tests/platform/web/LoopbackHttpServer.h"
+#include "tests/support/web/LoopbackHttpServer.h"
 
 #include <QByteArray>
 

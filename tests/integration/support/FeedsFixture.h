@@ -8,7 +8,7 @@
 #include "tests/integration/support/FeedServices.h"
 #include "tests/integration/support/PrivateNetwork.h"
 #include "tests/integration/support/ProgramFixture.h"
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <memory>
 #include <optional>

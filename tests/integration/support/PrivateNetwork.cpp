@@ -4,7 +4,7 @@
 #include "tests/integration/support/PrivateNetwork.h"
 
 #include "tests/integration/support/FeedIdentities.h"
-#include "tests/platform/bus/ChildProcess.h"
+#include "tests/support/bus/ChildProcess.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include "tests/fakes/LoopbackPeer.h"
-#include "tests/fakes/Printers.h"
 #include "tests/integration/support/Home.h"
 #include "tests/integration/support/RunningProgram.h"
-#include "tests/platform/bus/BusPeer.h"
-#include "tests/platform/bus/PrivateBus.h"
+#include "tests/support/LoopbackPeer.h"
+#include "tests/support/Printers.h"
+#include "tests/support/bus/BusPeer.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <QRegularExpression>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 
 #include "tests/integration/support/RunningProgram.h"
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "tests/fakes/Sanitizers.h"
 #include "tests/integration/support/Home.h"
+#include "tests/support/Sanitizers.h"
 
 #include <QProcess>
 #include <QProcessEnvironment>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/platform/bus/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <QList>
 #include <QString>

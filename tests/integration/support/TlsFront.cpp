@@ -3,7 +3,7 @@
 
 #include "tests/integration/support/TlsFront.h"
 
-#include "tests/platform/web/LoopbackIdentity.h"
+#include "tests/support/web/LoopbackIdentity.h"
 
 #include <QEventLoop>
 #include <QHostAddress>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/platform/bus/ChildProcess.h"
+#include "tests/support/bus/ChildProcess.h"
 
 #include <QHash>
 #include <QList>

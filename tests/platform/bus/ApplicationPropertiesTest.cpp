@@ -5,8 +5,8 @@
 
 #include "platform/linux/bus/BusConnection.h"
 #include "tests/fakes/BusMessages.h"
-#include "tests/fakes/Printers.h"
 #include "tests/platform/bus/ApplicationsFixture.h"
+#include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 

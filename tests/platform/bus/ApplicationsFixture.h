@@ -4,8 +4,8 @@
 #pragma once
 
 #include "platform/linux/bus/BusRunningApplications.h"
-#include "tests/platform/bus/BusPeer.h"
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/fakes/SharedLog.h"
+#include "tests/support/bus/BusPeer.h"
 
 #include <gtest/gtest.h>
 

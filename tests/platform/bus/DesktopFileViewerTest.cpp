@@ -3,9 +3,9 @@
 
 #include "platform/linux/bus/DesktopFileViewer.h"
 
+#include "tests/fakes/SharedLog.h"
 #include "tests/platform/ThreadShortage.h"
-#include "tests/platform/bus/BusPeer.h"
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/support/bus/BusPeer.h"
 
 #include <gtest/gtest.h>
 

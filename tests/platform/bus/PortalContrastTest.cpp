@@ -4,8 +4,8 @@
 #include "platform/linux/bus/PortalContrast.h"
 
 #include "platform/linux/WorkerPool.h"
-#include "tests/platform/bus/BusPeer.h"
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/fakes/SharedLog.h"
+#include "tests/support/bus/BusPeer.h"
 
 #include <gtest/gtest.h>
 

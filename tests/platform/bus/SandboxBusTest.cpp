@@ -4,7 +4,7 @@
 #include "platform/linux/bus/SandboxBus.h"
 
 #include "platform/linux/bus/BusConnection.h"
-#include "tests/platform/bus/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <gtest/gtest.h>
 

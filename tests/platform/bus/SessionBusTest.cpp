@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/linux/bus/BusConnection.h"
-#include "tests/platform/bus/PrivateBus.h"
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/fakes/SharedLog.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <gtest/gtest.h>
 

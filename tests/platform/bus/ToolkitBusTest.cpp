@@ -3,7 +3,7 @@
 
 #include "platform/linux/bus/ToolkitBus.h"
 
-#include "tests/platform/bus/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <QByteArray>
 #include <gtest/gtest.h>

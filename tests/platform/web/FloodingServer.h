@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <atomic>
 #include <string>

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/fakes/Sanitizers.h"
-#include "tests/fakes/WaitUntil.h"
 #include "tests/platform/ThreadShortage.h"
 #include "tests/platform/web/FloodingServer.h"
+#include "tests/support/Sanitizers.h"
+#include "tests/support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 

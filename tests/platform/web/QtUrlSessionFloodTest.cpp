@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/fakes/WaitUntil.h"
 #include "tests/platform/web/FloodingServer.h"
+#include "tests/support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/fakes/Sanitizers.h"
-#include "tests/fakes/WaitUntil.h"
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/Sanitizers.h"
+#include "tests/support/WaitUntil.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/linux/web/UrlTransfer.h"
-#include "tests/fakes/Sanitizers.h"
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/Sanitizers.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <QNetworkAccessManager>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/linux/web/UrlTransfer.h"
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <QCoreApplication>
 #include <gtest/gtest.h>

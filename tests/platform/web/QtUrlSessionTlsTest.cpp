@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/platform/web/LoopbackIdentity.h"
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/web/LoopbackIdentity.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <QEventLoop>
 #include <QSocketNotifier>

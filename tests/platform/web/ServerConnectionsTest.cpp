@@ -3,8 +3,8 @@
 
 #include "platform/linux/web/ServerConnections.h"
 
-#include "tests/fakes/WaitUntil.h"
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/WaitUntil.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <QUrl>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <gtest/gtest.h>
 

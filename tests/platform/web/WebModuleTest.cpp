@@ -3,7 +3,7 @@
 
 #include "platform/linux/web/WebModule.h"
 
-#include "tests/platform/web/UrlTransfers.h"
+#include "tests/support/web/UrlTransfers.h"
 
 #include <QFile>
 #include <QRegularExpression>

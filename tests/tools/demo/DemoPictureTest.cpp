@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "tools/spotwell-demo/Picture.h"
 
 #include <QApplication>

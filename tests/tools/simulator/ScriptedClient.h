@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/Time.h"
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QByteArray>
 #include <gtest/gtest.h>

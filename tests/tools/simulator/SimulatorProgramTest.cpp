@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/platform/web/LoopbackIdentity.h"
+#include "tests/support/web/LoopbackIdentity.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "tests/fakes/Printers.h"
 #include "tests/integration/support/Home.h"
-#include "tests/platform/bus/PrivateBus.h"
+#include "tests/support/Printers.h"
+#include "tests/support/bus/PrivateBus.h"
 #include "tests/tools/bridge/clients/RunningBridge.h"
 
 #include <QProcess>

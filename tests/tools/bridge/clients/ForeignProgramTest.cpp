@@ -3,8 +3,8 @@
 
 #include "tests/tools/bridge/clients/ForeignProgram.h"
 
-#include "tests/fakes/Printers.h"
-#include "tests/platform/bus/ChildProcess.h"
+#include "tests/support/Printers.h"
+#include "tests/support/bus/ChildProcess.h"
 
 #include <gtest/gtest.h>
 

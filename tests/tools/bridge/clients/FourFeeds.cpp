@@ -3,8 +3,8 @@
 
 #include "tests/tools/bridge/clients/FourFeeds.h"
 
-#include "tests/fakes/WaitUntil.h"
 #include "tests/integration/support/RunningProgram.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QFile>
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/fakes/WaitUntil.h"
 #include "tests/integration/support/RunningProgram.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/tools/bridge/clients/ClientsFixture.h"
 #include "tests/tools/bridge/clients/ForeignProgram.h"
 

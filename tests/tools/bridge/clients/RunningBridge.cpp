@@ -3,7 +3,7 @@
 
 #include "tests/tools/bridge/clients/RunningBridge.h"
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QJsonDocument>
 

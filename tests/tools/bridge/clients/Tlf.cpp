@@ -3,7 +3,7 @@
 
 #include "tests/tools/bridge/clients/Tlf.h"
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/tools/bridge/clients/ForeignProgram.h"
 
 #include <QFile>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "tests/integration/support/Home.h"
-#include "tests/platform/bus/ChildProcess.h"
+#include "tests/support/bus/ChildProcess.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/tools/bridge/clients/ClientsFixture.h"
 #include "tests/tools/bridge/clients/ForeignProgram.h"
 

@@ -3,7 +3,7 @@
 
 #include "tests/tools/bridge/clients/Xdx.h"
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/tools/bridge/clients/ClientsFixture.h"
 #include "tests/tools/bridge/clients/FourFeeds.h"
 

@@ -5,8 +5,8 @@
 
 #include "platform/linux/bus/BusNotificationCenter.h"
 #include "platform/linux/bus/BusRunningApplications.h"
-#include "tests/platform/bus/PrivateBus.h"
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/fakes/SharedLog.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <QString>
 #include <gtest/gtest.h>

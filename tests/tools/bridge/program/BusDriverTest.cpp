@@ -3,9 +3,9 @@
 
 #include "tools/spotwell-bridge/BusDriver.h"
 
-#include "tests/fakes/WaitUntil.h"
-#include "tests/platform/bus/PrivateBus.h"
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/fakes/SharedLog.h"
+#include "tests/support/WaitUntil.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/linux/bus/BusScriptRunner.h"
-#include "tests/fakes/Sanitizers.h"
+#include "tests/support/Sanitizers.h"
 #include "tests/tools/bridge/program/BridgeFixture.h"
 #include "tests/tools/bridge/program/TelnetClient.h"
 

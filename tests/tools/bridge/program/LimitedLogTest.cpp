@@ -3,8 +3,8 @@
 
 #include "tools/spotwell-bridge/LimitedLog.h"
 
-#include "tests/fakes/WaitUntil.h"
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/fakes/SharedLog.h"
+#include "tests/support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 

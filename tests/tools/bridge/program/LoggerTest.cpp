@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/linux/bus/BusScriptRunner.h"
-#include "tests/platform/bus/BusPeer.h"
+#include "tests/support/bus/BusPeer.h"
 #include "tests/tools/bridge/program/BridgeFixture.h"
 
 #include <QRegularExpression>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/fakes/SharedLog.h"
 #include "tools/spotwell-bridge/Bridge.h"
 
 #include <gtest/gtest.h>

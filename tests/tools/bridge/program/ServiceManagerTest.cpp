@@ -3,7 +3,7 @@
 
 #include "tools/spotwell-bridge/ServiceManager.h"
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/tools/bridge/program/Manager.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 
 #include "tools/spotwell-bridge/StandingReport.h"
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 

@@ -9,8 +9,8 @@
 #include "platform/linux/bus/BusNotificationCenter.h"
 #include "platform/linux/bus/BusRunningApplications.h"
 #include "platform/linux/bus/BusScriptRunner.h"
-#include "tests/platform/bus/PrivateBus.h"
-#include "tests/platform/bus/SharedLog.h"
+#include "tests/fakes/SharedLog.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <gtest/gtest.h>
 

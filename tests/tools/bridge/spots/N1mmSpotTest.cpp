@@ -3,7 +3,7 @@
 
 #include "tools/spotwell-bridge/spots/N1mmSpot.h"
 
-#include "tests/fakes/Sanitizers.h"
+#include "tests/support/Sanitizers.h"
 #include "tests/tools/bridge/spots/SpotTestData.h"
 
 #include <QLocale>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/fakes/Printers.h"
+#include "tests/support/Printers.h"
 #include "tools/spotwell-bridge/spots/SpotReport.h"
 
 #include <QString>

@@ -5,7 +5,7 @@
 
 #include "tests/fakes/FakeServices.h"
 #include "tests/fakes/FakeTime.h"
-#include "tests/fakes/Printers.h"
+#include "tests/support/Printers.h"
 #include "tests/tools/bridge/telnet/Bytes.h"
 #include "tests/tools/simulator/ScriptedClient.h"
 #include "tools/spotwell-bridge/telnet/SpotNode.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/platform/bus/BusPeer.h"
+#include "tests/support/bus/BusPeer.h"
 
 #include <QByteArray>
 #include <QUrl>

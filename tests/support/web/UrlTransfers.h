@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/linux/web/QtUrlSession.h"
-#include "tests/platform/web/LoopbackHttpServer.h"
+#include "tests/support/web/LoopbackHttpServer.h"
 
 #include <gtest/gtest.h>
 

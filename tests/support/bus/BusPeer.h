@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "tests/platform/bus/ChildProcess.h"
-#include "tests/platform/bus/PrivateBus.h"
+#include "tests/support/bus/ChildProcess.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <QString>
 #include <QStringList>

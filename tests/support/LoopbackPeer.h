@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tests/fakes/WaitUntil.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QByteArray>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/platform/bus/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <csignal>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/platform/bus/ChildProcess.h"
+#include "tests/support/bus/ChildProcess.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 the spotwell developers
 // SPDX-License-Identifier: MIT
 
-#include "tests/platform/web/LoopbackHttpServer.h"
+#include "tests/support/web/LoopbackHttpServer.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
