@@ -17,7 +17,7 @@ struct Setting {
     const char* space;
     const char* key;
 };
-constexpr std::array<Setting, 2> settings{
+constexpr std::array<Setting, 2> contrastSettings{
     {{"org.freedesktop.appearance", "contrast"}, {"org.gnome.desktop.a11y.interface", "high-contrast"}}};
 
 /// How far the answers are.
@@ -108,9 +108,9 @@ void PortalContrast::read(const std::function<void(bool high)>& answer)
         return;
     Answers answers;
     // Let go of before the connection and what they tell.
-    std::array<BusSlot, settings.size()> slots;
-    for (std::size_t i = 0; i < settings.size(); ++i) {
-        const BusMessage message = question(connection.get(), settings.at(i));
+    std::array<BusSlot, contrastSettings.size()> slots;
+    for (std::size_t i = 0; i < contrastSettings.size(); ++i) {
+        const BusMessage message = question(connection.get(), contrastSettings.at(i));
         sd_bus_slot* slot = nullptr;
         if (!message ||
             sd_bus_call_async(connection.get(), &slot, message.get(), takeAnswer, &answers, 0) < 0)
@@ -118,7 +118,7 @@ void PortalContrast::read(const std::function<void(bool high)>& answer)
         slots.at(i).reset(slot);
     }
     const bool told = connection.pump(
-        deadline, [&answers] { return answers.count == settings.size(); }, &stopping_);
+        deadline, [&answers] { return answers.count == contrastSettings.size(); }, &stopping_);
     if (told && answers.high)
         mainQueue_.async([answer, high = *answers.high] { answer(high); });
 }
